@@ -1,0 +1,60 @@
+#include <cstdio>
+#include <iostream>
+#include <string_view>
+#include <vector>
+
+#include "korvalin/commands.h"
+
+namespace korvalin::cli {
+
+int Fail(std::string_view message) {
+  std::cerr << "korvalin: " << message << '\n';
+  return kExitUsage;
+}
+
+namespace {
+
+constexpr std::string_view kUsage =
+    "usage: korvalin COMMAND [ARGS]\n"
+    "\n"
+    "commands:\n"
+    "  settings show                    print every stored setting as Name=Value\n"
+    "  settings set Name=Value ...      store settings\n"
+    "  settings reset                   remove every stored setting\n"
+    "  geometry WxH [--subtitles] [--picture-aspect X:Y]\n"
+    "                                   print the output geometry for an input size\n"
+    "  subs dump FILE [--lang NAME] [--fps F]\n"
+    "  subs find VIDEO [--path SEARCHPATH]\n"
+    "  subs at FILE TIME_MS ...\n"
+    "  text-image TEXT [--style sub|osd] [--width W] -o OUT.png\n"
+    "\n"
+    "Settings live in $KORVALIN_REGISTRY, else $XDG_CONFIG_HOME/korvalin/registry.reg.\n";
+
+struct Command {
+  std::string_view name;
+  int (*run)(Args);
+};
+
+constexpr Command kCommands[] = {
+    {"settings", RunSettingsCommand},
+    {"geometry", RunGeometryCommand},
+    {"subs", RunSubsCommand},
+    {"text-image", RunTextImageCommand},
+};
+
+}  // namespace
+}  // namespace korvalin::cli
+
+int main(int argc, char** argv) {
+  using namespace korvalin::cli;
+  std::vector<std::string_view> args(argv + 1, argv + argc);
+  if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
+    std::fputs(kUsage.data(), args.empty() ? stderr : stdout);
+    return args.empty() ? kExitUsage : kExitOk;
+  }
+  for (const Command& command : kCommands) {
+    if (args[0] == command.name) return command.run(Args(args).subspan(1));
+  }
+  std::fputs(kUsage.data(), stderr);
+  return Fail("unknown command '" + std::string(args[0]) + "'");
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+
+namespace korvalin {
+
+class Picture;
+
+// What a subtitle track draws its current entry through. The text rasterizer implements it;
+// tests can substitute a recorder.
+class SubtitleRenderer {
+ public:
+  virtual ~SubtitleRenderer() = default;
+  // Draws a zero-terminated 8-bit text (lines separated by '\n') for a picture
+  // drawingWidth pixels wide. 0 on success, -1 on failure.
+  virtual int RenderText(const char* text, int32_t drawingWidth) = 0;
+  // Draws an 8-bit picture tinted with the style colour. 0 or -1.
+  virtual int RenderPicture(const Picture& picture, int32_t drawingWidth) = 0;
+  // Forgets the current image.
+  virtual void ClearImage() = 0;
+};
+
+}  // namespace korvalin
