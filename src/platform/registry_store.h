@@ -2,36 +2,30 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include "platform/regedit_format.h"  // RootKey, RegistryValue, REG_* and the text form
 
 namespace korvalin::platform {
 
-// The registry's model, kept in a REGEDIT4 text file.
-enum class RootKey { ClassesRoot, CurrentUser, LocalMachine, Users };
-
-inline constexpr uint32_t REG_SZ = 1;
-inline constexpr uint32_t REG_BINARY = 3;
-inline constexpr uint32_t REG_DWORD = 4;
-
-struct RegistryValue {
-  uint32_t type = REG_BINARY;
-  std::vector<uint8_t> data;
-  friend bool operator==(const RegistryValue&, const RegistryValue&) = default;
-};
-
-// "HKEY_LOCAL_MACHINE" etc.
-std::string_view RootKeyName(RootKey root);
-
-// A file-backed registry. Reads never fail: a missing, unreadable or damaged file reads as
-// empty. Writes go to a temporary file that is synced and renamed over the old one while an
-// advisory lock is held, merging into what is on disk at that moment, so concurrent writers
-// never lose each other's values and a crash never leaves half a file.
+// A file-backed registry in the REGEDIT4 text form.
+//
+// Reads never fail: a missing, unreadable or damaged file reads as empty, a damaged line is
+// skipped. Without a Batch every read looks at the file afresh.
+//
+// Writes lock "<file>.lock" (flock; the file itself is replaced, so it cannot carry the
+// lock), read the file again, apply this writer's changes to what is there (so two writers
+// never lose each other's values), write "<file>.tmpXXXXXX" in the same folder, fsync it,
+// rename it over the file and fsync the folder. Missing parent folders are created. When the
+// file on disk was damaged it is first copied to "<file>.bak", so nothing is lost silently.
+// A file that exists but cannot be read is never replaced (the write fails).
+//
+// All operations are thread-safe.
 class RegistryStore {
  public:
   explicit RegistryStore(std::filesystem::path file);
@@ -39,11 +33,11 @@ class RegistryStore {
   RegistryStore(const RegistryStore&) = delete;
   RegistryStore& operator=(const RegistryStore&) = delete;
 
-  // $KORVALIN_REGISTRY, else $XDG_CONFIG_HOME/korvalin/registry.reg, else
-  // ~/.config/korvalin/registry.reg.
+  // $KORVALIN_REGISTRY when set and non-empty, else $XDG_CONFIG_HOME/korvalin/registry.reg
+  // (when absolute), else $HOME/.config/korvalin/registry.reg.
   static std::filesystem::path DefaultFile();
-  // The store of this process at DefaultFile() (looked up again when the environment
-  // names another file).
+  // The store of this process at DefaultFile(), looked up again on every call: when the
+  // environment names another file, another store (kept for the life of the process).
   static RegistryStore& Process();
 
   const std::filesystem::path& file() const { return file_; }
@@ -53,20 +47,27 @@ class RegistryStore {
   // Every value of a key, in stored order.
   std::vector<std::pair<std::string, RegistryValue>> Values(RootKey root,
                                                             std::string_view subKey) const;
-  // Creates the key when needed and sets the value. 0, or -1 when the file cannot be written.
+  // Creates the key when needed and sets the value. 0, or -1 when the file cannot be written
+  // or a name holds a line feed. Inside a Batch the write is queued and 0 is returned unless
+  // a name is unusable; the batch's commit reports the file's fate.
   int Set(RootKey root, std::string_view subKey, std::string_view name, RegistryValue value);
-  // Removes every value of a key. 0, or -1 when the file cannot be written.
+  // Removes every value of a key (the key stays). 0, or -1 when the file cannot be written.
   int DeleteValues(RootKey root, std::string_view subKey);
 
-  // While a Batch lives, reads come from one snapshot and writes are committed together
-  // when it ends: a whole settings load or save touches the file once.
+  // While a Batch lives on a store, reads come from one snapshot taken when the outermost
+  // batch began plus the writes made since, and writes are committed together when the
+  // outermost batch ends (or at Commit()): a whole settings load or save touches the file
+  // once. Batches nest. A batch belongs to the store, not to a thread: other threads using
+  // the same store meanwhile share its snapshot and its commit.
   class Batch {
    public:
     explicit Batch(RegistryStore& store);
     ~Batch();
     Batch(const Batch&) = delete;
     Batch& operator=(const Batch&) = delete;
-    int Commit();  // commits now; 0 or -1
+    // Commits every pending write of the store now; 0, or -1 when the file cannot be written
+    // (the pending writes are then dropped). The batch stays open with a fresh snapshot.
+    int Commit();
 
    private:
     RegistryStore& store_;
