@@ -1,0 +1,18 @@
+#include "subtitles/subtitle_entry.h"
+
+#include <utility>
+
+namespace korvalin {
+
+SubtitleEntry::SubtitleEntry(int32_t start, int32_t stop, const char* text)
+    : start(start), stop(stop), kind(SubtitleEntryKind::Text), text(text ? text : "") {}
+
+SubtitleEntry::SubtitleEntry(int32_t start, int32_t stop,
+                             std::unique_ptr<Picture> picture)
+    : start(start),
+      stop(stop),
+      kind(SubtitleEntryKind::Picture),
+      text(""),
+      picture(std::move(picture)) {}
+
+}  // namespace korvalin

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "base/dyn_string.h"
+#include "render/picture.h"
+
+namespace korvalin {
+
+enum class SubtitleEntryKind : int32_t { Text = 1, Picture = 2 };
+
+// The stop time that means "until the end of the video".
+inline constexpr int32_t OpenEnd = 2147483647;
+
+// One timed subtitle: a text or a picture shown from start to stop (ms, both inclusive).
+// stop 0 means the file gave none, until CloseOpenEnds runs.
+class SubtitleEntry {
+ public:
+  // A text entry; null text gives an empty one.
+  SubtitleEntry(int32_t start, int32_t stop, const char* text);
+  // A picture entry owning its picture.
+  SubtitleEntry(int32_t start, int32_t stop, std::unique_ptr<Picture> picture);
+  virtual ~SubtitleEntry() = default;
+
+  int32_t start;
+  int32_t stop;
+  SubtitleEntryKind kind;
+  DynString text;
+  std::unique_ptr<Picture> picture;
+};
+
+}  // namespace korvalin
