@@ -40,9 +40,4 @@ inline VideoFormat MakeFormat(int32_t width, int32_t height, uint16_t bitCount) 
   return format;
 }
 
-// A YUY2 pixel pair.
-inline std::vector<uint8_t> MacroPixel(uint8_t y0, uint8_t u, uint8_t y1, uint8_t v) {
-  return {y0, u, y1, v};
-}
-
 }  // namespace korvalin::testing
