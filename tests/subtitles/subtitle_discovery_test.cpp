@@ -1,0 +1,109 @@
+#include "subtitles/subtitle_discovery.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/file_search.h"
+#include "temp_folder.h"
+
+namespace korvalin {
+namespace {
+
+using testing::TempFolder;
+
+std::vector<std::string> Find(const std::string& searchPath, const std::string& video) {
+  OwningPtrArray<DynString> files;
+  EXPECT_EQ(FindSubtitleFiles(files, searchPath.c_str(), video.c_str()), 0);
+  std::vector<std::string> paths;
+  for (const DynString* file : files) paths.emplace_back(file->c_str());
+  return paths;
+}
+
+TEST(ResolveDirectory, MakesAbsoluteFolders) {
+  const char* home = std::getenv("HOME");
+  const std::string home_subs = std::string(home ? home : "") + "/subs/";
+  const struct {
+    const char* base;
+    const char* element;
+    std::string want;
+  } cases[] = {
+      {"/movies/", ".", "/movies/"},
+      {"/movies", "", "/movies/"},
+      {"/movies/", "..", "/"},
+      {"/movies/", "../Subs", "/Subs/"},
+      {"/movies/", "..\\Subs", "/Subs/"},
+      {"/movies/", "\\Subs", "/Subs/"},
+      {"/movies/", "/opt/korvalin", "/opt/korvalin/"},
+      {"/movies/", "../../x", ""},
+      {"/movies/", "./a/./b/../c", "/movies/a/c/"},
+      {"/movies/", "a/././b", "/movies/a/./b/"},  // one pass leaves one "/./" of a run
+      {"", ".", ""},
+      {"", "/abs", "/abs/"},
+      {"/movies/", "~/subs", home ? home_subs : ""},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(ResolveDirectory(c.base, c.element), c.want.c_str()) << c.base << " " << c.element;
+  }
+}
+
+TEST(WildcardMatchNoCase, MatchesRunsAndIgnoresCase) {
+  using platform::WildcardMatchNoCase;
+  EXPECT_TRUE(WildcardMatchNoCase("movie.*.srt", "MOVIE.en.SRT"));
+  EXPECT_TRUE(WildcardMatchNoCase("movie.*.srt", "movie..srt"));
+  EXPECT_FALSE(WildcardMatchNoCase("movie.*.srt", "movie.srt"));
+  EXPECT_TRUE(WildcardMatchNoCase("movie-*.srt", "movie-a-b.srt"));
+  EXPECT_FALSE(WildcardMatchNoCase("movie.srt", "movie.srt~"));
+  EXPECT_TRUE(WildcardMatchNoCase("a?c", "abc"));
+}
+
+TEST(FindSubtitleFiles, ReproducesTheHarbourExample) {
+  const TempFolder root;
+  const std::string films = root.path().string() + "/Films/";
+  for (const char* name : {"Harbour.1998.srt", "Harbour.1998.en.srt", "Harbour.1998.sub",
+                           "Subtitles.txt", "Harbour.1998.avi", "Other.srt"}) {
+    root.Write(std::string("Films/") + name, "x");
+  }
+  const std::string korvalin = root.path().string() + "/Korvalin";
+  EXPECT_EQ(Find(korvalin + ";.", films + "Harbour.1998.avi"),
+            (std::vector<std::string>{films + "Harbour.1998.srt", films + "Harbour.1998.sub",
+                                      films + "Harbour.1998.en.srt", films + "Subtitles.txt"}));
+}
+
+TEST(FindSubtitleFiles, EdgeCases) {
+  const TempFolder root;
+  const std::string dir = root.path().string();
+  root.Write("My.Films/movie.srt", "x");
+  root.Write("My.Films/MOVIE-b.SRT", "x");
+  root.Write("My.Films/movie-a.srt", "x");
+  root.Write("a.b.c.srt", "x");
+  root.Write("subs/film.srt", "x");
+  std::filesystem::create_directories(dir + "/folder.srt");
+  const std::string mf = dir + "/My.Films/";
+  struct Case {
+    std::string searchPath;
+    std::string video;
+    std::vector<std::string> want;
+  };
+  const Case cases[] = {
+      // Names sort by their bytes: capitals first.
+      {".", mf + "movie", {mf + "movie.srt", mf + "MOVIE-b.SRT", mf + "movie-a.srt"}},
+      {".;" + mf, mf + "movie.avi", {mf + "movie.srt", mf + "MOVIE-b.SRT", mf + "movie-a.srt"}},
+      {";", dir + "/a.b.c.avi", {dir + "/a.b.c.srt"}},
+      {".;" + dir + "/subs/film.srt", dir + "/folder.avi", {dir + "/subs/film.srt"}},
+      {"./subs//", dir + "/x.avi", {}},
+      {"..\\..\\..\\..\\..\\..\\..\\..\\..\\..", dir + "/a.b.c.avi", {}},
+      {"", dir + "/a.b.c.avi", {}},
+      {".", "", {}},
+      {dir + "\\", "", {}},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(Find(c.searchPath, c.video), c.want) << c.searchPath << " " << c.video;
+  }
+}
+
+}  // namespace
+}  // namespace korvalin
