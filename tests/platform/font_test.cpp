@@ -1,0 +1,97 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "platform/font_matcher.h"
+#include "platform/text_draw.h"
+#include "platform/text_font.h"
+
+namespace korvalin::platform {
+namespace {
+
+bool HasInk(const GlyphImage& glyph) {
+  return std::any_of(glyph.coverage.begin(), glyph.coverage.end(), [](uint8_t c) { return c > 0; });
+}
+
+TEST(FontMatcher, ArialIsServedByItsMetricCompatibleSubstitute) {
+  const std::optional<FontMatch> match = MatchFont("Arial", 400);
+  ASSERT_TRUE(match);
+  EXPECT_EQ(match->family, "Liberation Sans");
+  EXPECT_FALSE(match->embolden);
+  ASSERT_TRUE(MatchFont("No Such Face At All", 400));  // a substitute, never nothing
+}
+
+TEST(FontMatcher, WeightPicksTheNearestFaceAndSynthesisesWhatIsMissing) {
+  struct Case {
+    int weight;
+    int faceWeight;
+    bool embolden;
+  };
+  for (const Case c : {Case{100, 400, false}, Case{500, 400, false}, Case{600, 700, false},
+                       Case{700, 700, false}, Case{900, 700, true}}) {
+    const std::optional<FontMatch> match = MatchFont("Liberation Sans", c.weight);
+    ASSERT_TRUE(match) << c.weight;
+    EXPECT_EQ(match->weight, c.faceWeight) << c.weight;
+    EXPECT_EQ(match->embolden, c.embolden) << c.weight;
+  }
+}
+
+TEST(TextFont, CellHeightIsAscentPlusDescent) {
+  for (int32_t cell : {1, 12, 41, 300}) {
+    const std::unique_ptr<TextFont> font = TextFont::Create("Arial", 500, cell);
+    ASSERT_TRUE(font) << cell;
+    EXPECT_EQ(font->cellHeight(), cell);
+    EXPECT_GT(font->ascent(), cell / 2);
+    EXPECT_LE(font->ascent(), cell);
+  }
+  EXPECT_EQ(TextFont::Create("Arial", 500, 1000000)->cellHeight(), FontFace::kMaxCellHeight);
+}
+
+TEST(TextFont, GlyphsComeFromTheFaceOrAFallbackAndControlsTakeNoRoom) {
+  const std::unique_ptr<TextFont> font = TextFont::Create("Arial", 500, 40);
+  ASSERT_TRUE(font);
+  for (char32_t c : {U'A', U'Ж', U'Ω'}) {
+    EXPECT_TRUE(HasInk(font->Glyph(c))) << uint32_t(c);
+    EXPECT_GT(font->Advance(c), 0);
+  }
+  // Arabic alef is not in Liberation Sans; an installed fallback draws it.
+  EXPECT_TRUE(MatchFallbackFont("Arial", 500, U'\u0627'));
+  EXPECT_TRUE(HasInk(font->Glyph(U'\u0627')));
+  EXPECT_EQ(font->Advance(U'\t'), 0);
+  EXPECT_FALSE(HasInk(font->Glyph(U'\t')));
+}
+
+TEST(TextFont, BolderWeightsDrawWiderText) {
+  const auto width = [](int32_t weight) {
+    auto font = TextFont::Create("Liberation Sans", weight, 40);
+    return MeasureText(*font, U"Weight", {}, 0).width;
+  };
+  EXPECT_LT(width(400), width(700));
+  EXPECT_LT(width(700), width(900));  // synthetic emboldening widens the advances
+}
+
+TEST(TextDraw, BlendsTheColourOnlyInsideTheRectangle) {
+  const std::unique_ptr<TextFont> font = TextFont::Create("Arial", 500, 30);
+  ASSERT_TRUE(font);
+  constexpr int32_t kSize = 60;
+  std::vector<uint32_t> pixels(kSize * kSize, 0x00123456);
+  const SurfaceView surface{reinterpret_cast<uint8_t*>(pixels.data()), kSize * 4, kSize, kSize};
+  const TextRect rect{10, 10, 30, 50};
+  DrawText(*font, U"WWW\nWWW", {TextAlign::Left, false}, rect, 0x0000FF, surface);
+  int inside = 0;
+  for (int32_t y = 0; y < kSize; ++y) {
+    for (int32_t x = 0; x < kSize; ++x) {
+      const bool inRect = x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom;
+      const uint32_t p = pixels[y * kSize + x];
+      if (!inRect) {
+        EXPECT_EQ(p, 0x00123456u) << x << "," << y;
+      }
+      if (inRect && p == 0x0000FF) ++inside;  // fully covered: the text colour itself
+    }
+  }
+  EXPECT_GT(inside, 0);
+}
+
+}  // namespace
+}  // namespace korvalin::platform
