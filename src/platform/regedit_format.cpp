@@ -15,7 +15,9 @@ constexpr std::array<std::pair<RootKey, std::string_view>, 4> kRoots{{
     {RootKey::Users, "HKEY_USERS"},
 }};
 
-constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
+constexpr bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\r';
+}
 
 std::string_view Trim(std::string_view s) {
   while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
@@ -319,7 +321,9 @@ const RegistryValue* RegistryDocument::Find(RootKey root, std::string_view subKe
   return key ? key->Find(name) : nullptr;
 }
 
-bool IsStorableName(std::string_view name) { return name.find('\n') == std::string_view::npos; }
+bool IsStorableName(std::string_view name) {
+  return name.find('\n') == std::string_view::npos;
+}
 
 RegeditParse ParseRegedit(std::string_view text) {
   if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);

@@ -51,8 +51,8 @@ FileContents ReadWholeFile(const fs::path& path) {
   FileContents contents;
   Fd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (fd.get() < 0) {
-    contents.state = (errno == ENOENT || errno == ENOTDIR) ? FileState::Missing
-                                                           : FileState::Unreadable;
+    contents.state =
+        (errno == ENOENT || errno == ENOTDIR) ? FileState::Missing : FileState::Unreadable;
     return contents;
   }
   struct stat st {};
@@ -104,25 +104,27 @@ int ReplaceFile(const fs::path& path, std::string_view bytes, mode_t mode) {
   std::string tempName = path.string() + ".tmpXXXXXX";
   Fd fd(::mkostemp(tempName.data(), O_CLOEXEC));
   if (fd.get() < 0) return -1;
-  const bool written = WriteAll(fd.get(), bytes) && ::fchmod(fd.get(), mode) == 0 &&
-                       ::fsync(fd.get()) == 0;
+  const bool written =
+      WriteAll(fd.get(), bytes) && ::fchmod(fd.get(), mode) == 0 && ::fsync(fd.get()) == 0;
   if (fd.Reset() != 0 || !written || ::rename(tempName.c_str(), path.c_str()) != 0) {
     ::unlink(tempName.c_str());
     return -1;
   }
   Fd folder(::open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder.get() >= 0) ::fsync(folder.get());  // the rename is done; a failed sync is not
-  return 0;                                        // worth undoing it
+  return 0;                                      // worth undoing it
 }
 
 // The file that is really replaced: a symbolic link is followed so that it stays a link.
 fs::path WriteTarget(const fs::path& file) {
+  fs::path target = file;
   std::error_code ec;
-  if (fs::is_symlink(file, ec)) {
-    fs::path target = fs::weakly_canonical(file, ec);
-    if (!ec) return target;
+  for (int hops = 0; hops < 40 && fs::is_symlink(target, ec); ++hops) {  // also dangling links
+    const fs::path link = fs::read_symlink(target, ec);
+    if (ec) break;
+    target = link.is_absolute() ? link : target.parent_path() / link;
   }
-  return file;
+  return target;
 }
 
 struct Change {
@@ -141,7 +143,9 @@ void Apply(RegistryDocument& document, const Change& change) {
   document.CreateKey(change.root, change.subKey).Set(change.name, change.value);
 }
 
-bool ValidRoot(RootKey root) { return !RootKeyName(root).empty(); }
+bool ValidRoot(RootKey root) {
+  return !RootKeyName(root).empty();
+}
 
 std::string EnvironmentValue(const char* name) {
   const char* value = std::getenv(name);
@@ -224,7 +228,8 @@ fs::path RegistryStore::DefaultFile() {
   if (!explicitFile.empty()) return explicitFile;
   const std::string config = EnvironmentValue("XDG_CONFIG_HOME");
   // The XDG base directory rules ignore a relative path.
-  if (!config.empty() && config.front() == '/') return fs::path(config) / "korvalin" / "registry.reg";
+  if (!config.empty() && config.front() == '/')
+    return fs::path(config) / "korvalin" / "registry.reg";
   return HomeFolder() / ".config" / "korvalin" / "registry.reg";
 }
 
@@ -265,8 +270,8 @@ std::vector<std::pair<std::string, RegistryValue>> RegistryStore::Values(
 int RegistryStore::Set(RootKey root, std::string_view subKey, std::string_view name,
                        RegistryValue value) {
   if (!ValidRoot(root) || !IsStorableName(subKey) || !IsStorableName(name)) return -1;
-  return state_->Change1(file_, Change{root, std::string(subKey), false, std::string(name),
-                                       std::move(value)});
+  return state_->Change1(
+      file_, Change{root, std::string(subKey), false, std::string(name), std::move(value)});
 }
 
 int RegistryStore::DeleteValues(RootKey root, std::string_view subKey) {

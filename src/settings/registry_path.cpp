@@ -59,8 +59,7 @@ int RegistryPath::Read(std::string_view fullPath, const uint8_t** data, uint32_t
   return 0;
 }
 
-int RegistryPath::Write(std::string_view fullPath, const void* data, uint32_t size,
-                        uint32_t type) {
+int RegistryPath::Write(std::string_view fullPath, const void* data, uint32_t size, uint32_t type) {
   if (Parse(fullPath) != 0) return -1;
   platform::RegistryValue value;
   value.type = type;
@@ -92,8 +91,8 @@ int32_t RegistryPath::ReadInt(std::string_view fullPath, int32_t defaultValue, i
   uint32_t size = 0;
   // The stored type is not checked; data shorter than four bytes counts as missing.
   if (Read(fullPath, &data, &size, nullptr) == 0 && size >= 4) {
-    const uint32_t bits = uint32_t{data[0]} | uint32_t{data[1]} << 8 |
-                          uint32_t{data[2]} << 16 | uint32_t{data[3]} << 24;
+    const uint32_t bits = uint32_t{data[0]} | uint32_t{data[1]} << 8 | uint32_t{data[2]} << 16 |
+                          uint32_t{data[3]} << 24;
     value = static_cast<int32_t>(bits);
   }
   if (value < min || value > max) value = defaultValue;

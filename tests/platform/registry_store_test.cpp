@@ -1,0 +1,592 @@
+#include "platform/registry_store.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/regedit_format.h"
+
+namespace korvalin::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kKey = "Software\\Vornik\\Korvalin";
+
+RegistryValue Text(std::string_view text) {
+  RegistryValue value{REG_SZ, std::vector<uint8_t>(text.begin(), text.end())};
+  value.data.push_back(0);
+  return value;
+}
+
+RegistryValue Dword(uint32_t n) {
+  return RegistryValue{REG_DWORD,
+                       {static_cast<uint8_t>(n), static_cast<uint8_t>(n >> 8),
+                        static_cast<uint8_t>(n >> 16), static_cast<uint8_t>(n >> 24)}};
+}
+
+RegistryValue Bytes(uint32_t type, std::vector<uint8_t> data) {
+  return RegistryValue{type, std::move(data)};
+}
+
+std::string ReadFile(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void WriteFile(const fs::path& path, std::string_view bytes) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+// A fresh folder per test, removed afterwards.
+class TempFolder {
+ public:
+  TempFolder() {
+    std::string pattern = (fs::temp_directory_path() / "korvalin-reg-XXXXXX").string();
+    path_ = ::mkdtemp(pattern.data());
+  }
+  ~TempFolder() {
+    std::error_code ec;
+    fs::remove_all(path_, ec);
+  }
+  const fs::path& path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+// Sets or unsets an environment variable for the life of the object.
+class ScopedEnv {
+ public:
+  ScopedEnv(const char* name, const char* value) : name_(name) {
+    if (const char* old = std::getenv(name)) old_ = old;
+    if (value) {
+      ::setenv(name, value, 1);
+    } else {
+      ::unsetenv(name);
+    }
+  }
+  ~ScopedEnv() {
+    if (old_) {
+      ::setenv(name_, old_->c_str(), 1);
+    } else {
+      ::unsetenv(name_);
+    }
+  }
+
+ private:
+  const char* name_;
+  std::optional<std::string> old_;
+};
+
+// ---------------------------------------------------------------------------------------------
+// The REGEDIT4 text form
+
+TEST(RegeditFormat, SerializesTheDocumentedForm) {
+  RegistryDocument document;
+  RegistryKey& key = document.CreateKey(RootKey::LocalMachine, kKey);
+  key.Set("Overscan", Dword(15));
+  key.Set("SubLang", Text("English"));
+  key.Set("SubPath", Text("C:\\Korvalin;\"x\""));
+  key.Set("", Text("default"));
+  key.Set("Blob", Bytes(REG_BINARY, {0x01, 0xab}));
+  key.Set("Multi", Bytes(7, {'a', 0, 0}));
+  EXPECT_EQ(SerializeRegedit(document),
+            "REGEDIT4\n"
+            "\n"
+            "[HKEY_LOCAL_MACHINE\\Software\\Vornik\\Korvalin]\n"
+            "\"Overscan\"=dword:0000000f\n"
+            "\"SubLang\"=\"English\"\n"
+            "\"SubPath\"=\"C:\\\\Korvalin;\\\"x\\\"\"\n"
+            "@=\"default\"\n"
+            "\"Blob\"=hex:01,ab\n"
+            "\"Multi\"=hex(7):61,00,00\n"
+            "\n");
+}
+
+TEST(RegeditFormat, RoundTripsEveryKindOfValue) {
+  RegistryDocument document;
+  RegistryKey& key = document.CreateKey(RootKey::LocalMachine, kKey);
+  key.Set("Escapes", Text("a\\b\"c\\\\\"\\"));
+  std::string high;
+  for (int c = 0x80; c <= 0xFF; ++c) high += static_cast<char>(c);
+  key.Set("High", Text(high));
+  key.Set("NoTerminator", Bytes(REG_SZ, {'a', 'b'}));
+  key.Set("InnerZero", Bytes(REG_SZ, {'a', 0, 'b', 0}));
+  key.Set("LineBreaks", Text("one\r\ntwo\nthree\r"));
+  key.Set("EmptySz", Bytes(REG_SZ, {}));
+  key.Set("EmptyText", Text(""));
+  key.Set("ShortDword", Bytes(REG_DWORD, {1, 2, 3}));
+  key.Set("LongDword", Bytes(REG_DWORD, {1, 2, 3, 4, 5}));
+  key.Set("Negative", Dword(0xFFFFFFFF));
+  std::vector<uint8_t> big;
+  for (int i = 0; i < 300; ++i) big.push_back(static_cast<uint8_t>(i * 7));
+  key.Set("Big", Bytes(REG_BINARY, big));
+  key.Set("BigType", Bytes(0xFFFFFFFF, big));
+  key.Set("Zero", Bytes(0, {}));
+  key.Set("", Dword(7));
+  key.Set("Name \\ with \" quotes", Text("x"));
+  document.CreateKey(RootKey::LocalMachine, "");  // the root itself, no values
+  document.CreateKey(RootKey::Users, "S-1\\odd]name [x]").Set("v", Dword(1));
+  document.CreateKey(RootKey::ClassesRoot, "Empty");
+  document.CreateKey(RootKey::CurrentUser, "A\\B").Set("High\xE9", Text("\xFF"));
+
+  const std::string text = SerializeRegedit(document);
+  const RegeditParse parsed = ParseRegedit(text);
+  EXPECT_FALSE(parsed.Damaged());
+  EXPECT_EQ(parsed.document, document) << text;
+
+  // Bytes 0x80..0xFF stay as they are in a quoted text.
+  EXPECT_NE(text.find("\"High\"=\"" + high + "\"\n"), std::string::npos);
+  // Texts that cannot round-trip as quoted text are written as hex(1).
+  EXPECT_NE(text.find("\"NoTerminator\"=hex(1):61,62\n"), std::string::npos);
+  EXPECT_NE(text.find("\"InnerZero\"=hex(1):61,00,62,00\n"), std::string::npos);
+  EXPECT_NE(text.find("\"EmptySz\"=hex(1):\n"), std::string::npos);
+  EXPECT_NE(text.find("\"EmptyText\"=\"\"\n"), std::string::npos);
+  EXPECT_NE(text.find("\"ShortDword\"=hex(4):01,02,03\n"), std::string::npos);
+  EXPECT_NE(text.find("\"Negative\"=dword:ffffffff\n"), std::string::npos);
+  EXPECT_NE(text.find("\"BigType\"=hex(ffffffff):"), std::string::npos);
+  EXPECT_NE(text.find("\"Zero\"=hex(0):\n"), std::string::npos);
+  EXPECT_NE(text.find("\"Name \\\\ with \\\" quotes\"=\"x\"\n"), std::string::npos);
+  // Long byte lists are wrapped with continuations and no line grows beyond 80 columns.
+  std::istringstream lines(text);
+  std::string line;
+  int continued = 0;
+  while (std::getline(lines, line)) {
+    if (line.rfind("\"High\"", 0) == 0 || line.rfind("\"Name", 0) == 0) continue;
+    EXPECT_LE(line.size(), 80u) << line;
+    if (!line.empty() && line.back() == '\\') ++continued;
+  }
+  EXPECT_GE(continued, 10);
+}
+
+TEST(RegeditFormat, ReadsCrlfContinuationsCommentsAndUnnamedValues) {
+  const std::string text =
+      "\xEF\xBB\xBFREGEDIT4\r\n"
+      "\r\n"
+      "; a comment\r\n"
+      "[HKEY_LOCAL_MACHINE\\Software\\Vornik\\Korvalin]\r\n"
+      "\"Blob\"=hex:01,02,\\\r\n"
+      "  03,04,\\\r\n"
+      "  05\r\n"
+      "@=\"root value\"\r\n"
+      "  \"Spaced\" = dword:0000000A  \r\n"
+      "\"Typed\"=HEX(2):41,42,00\r\n"
+      "\"Short\"=dword:1f\r\n"
+      "\"Unknown escape\"=\"a\\nb\"\r\n";
+  const RegeditParse parsed = ParseRegedit(text);
+  EXPECT_TRUE(parsed.headerOk);
+  EXPECT_EQ(parsed.skippedLines, 0u);
+  const RegistryDocument& d = parsed.document;
+  EXPECT_EQ(*d.Find(RootKey::LocalMachine, kKey, "Blob"), Bytes(REG_BINARY, {1, 2, 3, 4, 5}));
+  EXPECT_EQ(*d.Find(RootKey::LocalMachine, kKey, ""), Text("root value"));
+  EXPECT_EQ(*d.Find(RootKey::LocalMachine, kKey, "Spaced"), Dword(10));
+  EXPECT_EQ(*d.Find(RootKey::LocalMachine, kKey, "Typed"), Bytes(2, {'A', 'B', 0}));
+  EXPECT_EQ(*d.Find(RootKey::LocalMachine, kKey, "Short"), Dword(0x1f));
+  EXPECT_EQ(*d.Find(RootKey::LocalMachine, kKey, "Unknown escape"), Text("a\\nb"));
+}
+
+TEST(RegeditFormat, NamesCompareWithoutLetterCaseAndKeepTheirSpelling) {
+  const std::string text =
+      "REGEDIT4\n\n"
+      "[hkey_local_machine\\SOFTWARE\\vornik\\Korvalin]\n"
+      "\"SubLang\"=\"English\"\n"
+      "[HKEY_LOCAL_MACHINE\\Software\\Vornik\\KORVALIN]\n"
+      "\"SUBLANG\"=\"French\"\n"
+      "\"Other\"=dword:00000001\n";
+  const RegeditParse parsed = ParseRegedit(text);
+  EXPECT_FALSE(parsed.Damaged());
+  ASSERT_EQ(parsed.document.keys.size(), 1u);
+  const RegistryKey& key = parsed.document.keys[0];
+  EXPECT_EQ(key.root, RootKey::LocalMachine);
+  EXPECT_EQ(key.subKey, "SOFTWARE\\vornik\\Korvalin");  // first spelling kept
+  ASSERT_EQ(key.values.size(), 2u);
+  EXPECT_EQ(key.values[0].first, "SubLang");
+  EXPECT_EQ(key.values[0].second, Text("French"));  // the later value wins
+  EXPECT_NE(parsed.document.Find(RootKey::LocalMachine, "software\\VORNIK\\korvalin", "sublang"),
+            nullptr);
+  // Bytes above 0x7F are not folded.
+  RegistryKey k;
+  k.Set("\xC9t\xE9", Dword(1));
+  EXPECT_EQ(k.Find("\xC9T\xE9"), k.Find("\xC9t\xE9"));
+  EXPECT_EQ(k.Find("\xE9t\xE9"), nullptr);
+}
+
+TEST(RegeditFormat, SkipsDamagedLinesAndKeepsTheRest) {
+  const std::string text =
+      "REGEDIT4\n\n"
+      "\"Orphan\"=dword:00000001\n"  // before any key
+      "[HKEY_LOCAL_MACHINE\\Software\\Vornik\\Korvalin]\n"
+      "\"Good\"=dword:00000002\n"
+      "garbage\n"
+      "\"Unterminated=\"x\"\n"
+      "\"BadDword\"=dword:xyz\n"
+      "\"TooLong\"=dword:123456789\n"
+      "\"BadHex\"=hex:01,zz\n"
+      "\"Trailing\"=\"x\" junk\n"
+      "\"NoEquals\" \"x\"\n"
+      "\"BadType\"=hex(q):01\n"
+      "\"BrokenContinuation\"=hex:01,\\\n"
+      "\"Next\"=\"kept\"\n"
+      "[HKEY_NOWHERE\\x]\n"
+      "\"InUnknownKey\"=dword:00000003\n"
+      "[-HKEY_LOCAL_MACHINE\\Software]\n"
+      "[HKEY_USERS\\x\n"
+      "[HKEY_USERS\\x]\n"
+      "\"Last\"=dword:00000004\n";
+  const RegeditParse parsed = ParseRegedit(text);
+  EXPECT_TRUE(parsed.headerOk);
+  EXPECT_TRUE(parsed.Damaged());
+  EXPECT_EQ(parsed.skippedLines, 14u);
+  const RegistryDocument& d = parsed.document;
+  EXPECT_EQ(*d.Find(RootKey::LocalMachine, kKey, "Good"), Dword(2));
+  // A list whose continuation line is not part of it is incomplete: left out.
+  EXPECT_EQ(d.Find(RootKey::LocalMachine, kKey, "BrokenContinuation"), nullptr);
+  EXPECT_EQ(*d.Find(RootKey::LocalMachine, kKey, "Next"), Text("kept"));
+  EXPECT_EQ(*d.Find(RootKey::Users, "x", "Last"), Dword(4));
+  EXPECT_EQ(d.Find(RootKey::LocalMachine, kKey, "BadHex"), nullptr);
+  EXPECT_EQ(d.keys.size(), 2u);
+}
+
+TEST(RegeditFormat, WithoutHeaderTheDocumentIsEmpty) {
+  EXPECT_TRUE(ParseRegedit("Windows Registry Editor Version 5.00\n[HKEY_USERS\\x]\n").document ==
+              RegistryDocument{});
+  EXPECT_FALSE(ParseRegedit("REGEDIT5\n").headerOk);
+  EXPECT_FALSE(ParseRegedit(std::string("\0\0\xff", 3)).headerOk);
+  // Nothing at all is simply empty, not damaged.
+  EXPECT_FALSE(ParseRegedit("").Damaged());
+  EXPECT_FALSE(ParseRegedit(" \r\n\n").Damaged());
+  EXPECT_FALSE(ParseRegedit("\n\nREGEDIT4").Damaged());
+}
+
+// ---------------------------------------------------------------------------------------------
+// The store
+
+class RegistryStoreTest : public ::testing::Test {
+ protected:
+  fs::path File() const { return folder_.path() / "korvalin" / "registry.reg"; }
+  std::vector<std::string> FolderEntries() const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(File().parent_path())) {
+      names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  TempFolder folder_;
+};
+
+TEST_F(RegistryStoreTest, MissingFileReadsAsEmpty) {
+  RegistryStore store(File());
+  EXPECT_FALSE(store.Query(RootKey::LocalMachine, kKey, "SubLang"));
+  EXPECT_TRUE(store.Values(RootKey::LocalMachine, kKey).empty());
+  EXPECT_FALSE(fs::exists(File()));  // reading creates nothing
+}
+
+TEST_F(RegistryStoreTest, WritesCreateFoldersAndTheDocumentedText) {
+  RegistryStore store(File());
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Overscan", Dword(15)), 0);
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "SubLang",
+                      Text("Fran\xE7"
+                           "ais")),
+            0);
+  EXPECT_EQ(ReadFile(File()),
+            "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\Software\\Vornik\\Korvalin]\n"
+            "\"Overscan\"=dword:0000000f\n\"SubLang\"=\"Fran\xE7"
+            "ais\"\n\n");
+  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "overscan"), Dword(15));
+  // Only the file and its lock file stay behind: no temporary file, no backup.
+  EXPECT_EQ(FolderEntries(), (std::vector<std::string>{"registry.reg", "registry.reg.lock"}));
+}
+
+TEST_F(RegistryStoreTest, SettingANameInOtherLettersKeepsItsSpelling) {
+  RegistryStore store(File());
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "SubLang", Text("English")), 0);
+  ASSERT_EQ(
+      store.Set(RootKey::LocalMachine, "SOFTWARE\\VORNIK\\KORVALIN", "SUBLANG", Text("French")), 0);
+  const auto values = store.Values(RootKey::LocalMachine, "software\\vornik\\korvalin");
+  ASSERT_EQ(values.size(), 1u);
+  EXPECT_EQ(values[0].first, "SubLang");
+  EXPECT_EQ(values[0].second, Text("French"));
+  EXPECT_NE(ReadFile(File()).find("[HKEY_LOCAL_MACHINE\\Software\\Vornik\\Korvalin]"),
+            std::string::npos);
+}
+
+TEST_F(RegistryStoreTest, DeleteValuesEmptiesOnlyThatKey) {
+  RegistryStore store(File());
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "A", Dword(1)), 0);
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "B", Dword(2)), 0);
+  ASSERT_EQ(store.Set(RootKey::CurrentUser, kKey, "C", Dword(3)), 0);
+  ASSERT_EQ(store.DeleteValues(RootKey::LocalMachine, kKey), 0);
+  EXPECT_TRUE(store.Values(RootKey::LocalMachine, kKey).empty());
+  EXPECT_EQ(*store.Query(RootKey::CurrentUser, kKey, "C"), Dword(3));
+}
+
+TEST_F(RegistryStoreTest, NamesWithLineFeedsAreRefused) {
+  RegistryStore store(File());
+  EXPECT_EQ(store.Set(RootKey::LocalMachine, "a\nb", "x", Dword(1)), -1);
+  EXPECT_EQ(store.Set(RootKey::LocalMachine, kKey, "x\ny", Dword(1)), -1);
+  EXPECT_FALSE(fs::exists(File()));
+}
+
+TEST_F(RegistryStoreTest, DamagedFileReadsAsEmptyAndIsBackedUpOnTheNextWrite) {
+  fs::create_directories(File().parent_path());
+  const std::string garbage = "\x01\x02 this is not a registry file\n\"Overscan\"=dword:00000001\n";
+  WriteFile(File(), garbage);
+  RegistryStore store(File());
+  EXPECT_FALSE(store.Query(RootKey::LocalMachine, kKey, "Overscan"));
+  EXPECT_FALSE(fs::exists(File().string() + ".bak"));  // reading changes nothing
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Fill", Dword(80)), 0);
+  EXPECT_EQ(ReadFile(File().string() + ".bak"), garbage);
+  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Fill"), Dword(80));
+  EXPECT_FALSE(ParseRegedit(ReadFile(File())).Damaged());
+}
+
+TEST_F(RegistryStoreTest, DamagedLinesAreSkippedAndTheFileIsBackedUp) {
+  fs::create_directories(File().parent_path());
+  const std::string text =
+      "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\Software\\Vornik\\Korvalin]\n"
+      "\"Overscan\"=dword:00000011\n"
+      "\"Broken\"=dword:\n"
+      "\"SubLang\"=\"German\"\n";
+  WriteFile(File(), text);
+  RegistryStore store(File());
+  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Overscan"), Dword(17));
+  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "SubLang"), Text("German"));
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Fill", Dword(80)), 0);
+  EXPECT_EQ(ReadFile(File().string() + ".bak"), text);
+  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Overscan"), Dword(17));
+  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "SubLang"), Text("German"));
+  // A clean file is not backed up again.
+  fs::remove(File().string() + ".bak");
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Fill", Dword(81)), 0);
+  EXPECT_FALSE(fs::exists(File().string() + ".bak"));
+}
+
+TEST_F(RegistryStoreTest, AFileThatCannotBeReadIsNeverReplaced) {
+  fs::create_directories(File());  // a folder where the file should be
+  RegistryStore store(File());
+  EXPECT_FALSE(store.Query(RootKey::LocalMachine, kKey, "Overscan"));
+  EXPECT_EQ(store.Set(RootKey::LocalMachine, kKey, "Overscan", Dword(1)), -1);
+  EXPECT_TRUE(fs::is_directory(File()));
+}
+
+TEST_F(RegistryStoreTest, AFolderThatCannotBeCreatedFailsTheWrite) {
+  WriteFile(folder_.path() / "plain", "x");
+  RegistryStore store(folder_.path() / "plain" / "registry.reg");
+  EXPECT_EQ(store.Set(RootKey::LocalMachine, kKey, "Overscan", Dword(1)), -1);
+  RegistryStore::Batch batch(store);
+  EXPECT_EQ(store.Set(RootKey::LocalMachine, kKey, "Overscan", Dword(1)), 0);  // queued
+  EXPECT_EQ(batch.Commit(), -1);
+}
+
+TEST_F(RegistryStoreTest, ASymbolicLinkStaysALink) {
+  fs::create_directories(File().parent_path());
+  const fs::path real = folder_.path() / "real.reg";
+  fs::create_symlink(real, File());
+  RegistryStore store(File());
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Fill", Dword(90)), 0);
+  EXPECT_TRUE(fs::is_symlink(File()));
+  EXPECT_NE(ReadFile(real).find("\"Fill\"=dword:0000005a"), std::string::npos);
+}
+
+TEST_F(RegistryStoreTest, TwoStoresOnOneFileNeverLoseEachOthersValues) {
+  RegistryStore first(File());
+  RegistryStore second(File());
+  ASSERT_EQ(first.Set(RootKey::LocalMachine, kKey, "A", Dword(1)), 0);
+  ASSERT_EQ(second.Set(RootKey::LocalMachine, kKey, "B", Dword(2)), 0);
+  {
+    // Both take their snapshot before either commits.
+    RegistryStore::Batch one(first);
+    RegistryStore::Batch two(second);
+    ASSERT_EQ(first.Set(RootKey::LocalMachine, kKey, "C", Dword(3)), 0);
+    ASSERT_EQ(second.Set(RootKey::LocalMachine, kKey, "D", Dword(4)), 0);
+    ASSERT_EQ(second.Set(RootKey::LocalMachine, kKey, "A", Dword(10)), 0);
+  }
+  RegistryStore reader(File());
+  EXPECT_EQ(*reader.Query(RootKey::LocalMachine, kKey, "A"), Dword(10));
+  EXPECT_EQ(*reader.Query(RootKey::LocalMachine, kKey, "B"), Dword(2));
+  EXPECT_EQ(*reader.Query(RootKey::LocalMachine, kKey, "C"), Dword(3));
+  EXPECT_EQ(*reader.Query(RootKey::LocalMachine, kKey, "D"), Dword(4));
+}
+
+TEST_F(RegistryStoreTest, ConcurrentWritersInThreadsAndProcessesLoseNothing) {
+  constexpr int kWriters = 6;
+  constexpr int kValues = 15;
+  auto writeAll = [this](int writer) {
+    RegistryStore store(File());
+    for (int i = 0; i < kValues; ++i) {
+      const std::string name = "W" + std::to_string(writer) + "_" + std::to_string(i);
+      if (store.Set(RootKey::LocalMachine, kKey, name, Dword(writer * 100 + i)) != 0) return false;
+    }
+    return true;
+  };
+  std::vector<pid_t> children;
+  for (int writer = 0; writer < 2; ++writer) {
+    const pid_t pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) ::_exit(writeAll(kWriters + writer) ? 0 : 1);
+    children.push_back(pid);
+  }
+  std::vector<std::thread> threads;
+  std::vector<char> ok(kWriters, 0);
+  for (int writer = 0; writer < kWriters; ++writer) {
+    threads.emplace_back([&, writer] { ok[writer] = writeAll(writer); });
+  }
+  for (auto& thread : threads) thread.join();
+  for (pid_t pid : children) {
+    int status = 0;
+    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  }
+  for (char each : ok) EXPECT_TRUE(each);
+  RegistryStore reader(File());
+  EXPECT_EQ(reader.Values(RootKey::LocalMachine, kKey).size(),
+            static_cast<std::size_t>((kWriters + 2) * kValues));
+  for (int writer = 0; writer < kWriters + 2; ++writer) {
+    for (int i = 0; i < kValues; ++i) {
+      const std::string name = "W" + std::to_string(writer) + "_" + std::to_string(i);
+      const auto value = reader.Query(RootKey::LocalMachine, kKey, name);
+      ASSERT_TRUE(value) << name;
+      EXPECT_EQ(*value, Dword(writer * 100 + i));
+    }
+  }
+}
+
+TEST_F(RegistryStoreTest, ABatchReadsOneSnapshotAndCommitsOnceAtTheOutermostEnd) {
+  RegistryStore store(File());
+  RegistryStore other(File());
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Before", Dword(1)), 0);
+  {
+    RegistryStore::Batch outer(store);
+    // Another writer changes the file: the batch does not see it.
+    ASSERT_EQ(other.Set(RootKey::LocalMachine, kKey, "Outside", Dword(2)), 0);
+    ASSERT_EQ(other.Set(RootKey::LocalMachine, kKey, "Before", Dword(5)), 0);
+    EXPECT_FALSE(store.Query(RootKey::LocalMachine, kKey, "Outside"));
+    EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Before"), Dword(1));
+    // Its own writes are seen at once but not written yet.
+    ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Inside", Dword(3)), 0);
+    EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Inside"), Dword(3));
+    EXPECT_EQ(store.Values(RootKey::LocalMachine, kKey).size(), 2u);
+    {
+      RegistryStore::Batch inner(store);
+      ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Nested", Dword(4)), 0);
+    }
+    // The inner batch ended without committing.
+    EXPECT_FALSE(other.Query(RootKey::LocalMachine, kKey, "Inside"));
+    EXPECT_FALSE(other.Query(RootKey::LocalMachine, kKey, "Nested"));
+    EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Nested"), Dword(4));
+  }
+  // Committed together, merged with the other writer's values.
+  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "Inside"), Dword(3));
+  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "Nested"), Dword(4));
+  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "Outside"), Dword(2));
+  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "Before"), Dword(5));
+  // Without a batch every read looks at the file afresh.
+  ASSERT_EQ(other.Set(RootKey::LocalMachine, kKey, "Later", Dword(6)), 0);
+  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Later"), Dword(6));
+}
+
+TEST_F(RegistryStoreTest, CommitWritesAtOnceAndTheBatchGoesOn) {
+  RegistryStore store(File());
+  RegistryStore other(File());
+  RegistryStore::Batch batch(store);
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "A", Dword(1)), 0);
+  EXPECT_FALSE(fs::exists(File()));
+  ASSERT_EQ(other.Set(RootKey::LocalMachine, kKey, "B", Dword(2)), 0);
+  ASSERT_EQ(batch.Commit(), 0);
+  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "A"), Dword(1));
+  // The fresh snapshot holds what was committed, the other writer's value included.
+  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "B"), Dword(2));
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "C", Dword(3)), 0);
+  EXPECT_FALSE(other.Query(RootKey::LocalMachine, kKey, "C"));
+  EXPECT_EQ(batch.Commit(), 0);
+  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "C"), Dword(3));
+  EXPECT_EQ(batch.Commit(), 0);  // nothing pending
+}
+
+TEST_F(RegistryStoreTest, ABatchThatOnlyReadsWritesNothing) {
+  RegistryStore store(File());
+  { RegistryStore::Batch batch(store); }
+  EXPECT_FALSE(fs::exists(File()));
+  EXPECT_FALSE(fs::exists(File().parent_path()));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Where the file is
+
+TEST(RegistryStorePath, FollowsTheEnvironment) {
+  {
+    ScopedEnv registry("KORVALIN_REGISTRY", "/somewhere/my.reg");
+    ScopedEnv config("XDG_CONFIG_HOME", "/xdg");
+    EXPECT_EQ(RegistryStore::DefaultFile(), fs::path("/somewhere/my.reg"));
+  }
+  {
+    ScopedEnv registry("KORVALIN_REGISTRY", "");  // empty counts as unset
+    ScopedEnv config("XDG_CONFIG_HOME", "/xdg");
+    EXPECT_EQ(RegistryStore::DefaultFile(), fs::path("/xdg/korvalin/registry.reg"));
+  }
+  {
+    ScopedEnv registry("KORVALIN_REGISTRY", nullptr);
+    ScopedEnv config("XDG_CONFIG_HOME", nullptr);
+    ScopedEnv home("HOME", "/home/someone");
+    EXPECT_EQ(RegistryStore::DefaultFile(),
+              fs::path("/home/someone/.config/korvalin/registry.reg"));
+  }
+  {
+    ScopedEnv registry("KORVALIN_REGISTRY", nullptr);
+    ScopedEnv config("XDG_CONFIG_HOME", "");
+    ScopedEnv home("HOME", "/home/someone");
+    EXPECT_EQ(RegistryStore::DefaultFile(),
+              fs::path("/home/someone/.config/korvalin/registry.reg"));
+  }
+  {
+    // The XDG rules ignore a relative XDG_CONFIG_HOME.
+    ScopedEnv registry("KORVALIN_REGISTRY", nullptr);
+    ScopedEnv config("XDG_CONFIG_HOME", "relative/config");
+    ScopedEnv home("HOME", "/home/someone");
+    EXPECT_EQ(RegistryStore::DefaultFile(),
+              fs::path("/home/someone/.config/korvalin/registry.reg"));
+  }
+}
+
+TEST(RegistryStorePath, TheProcessStoreFollowsKorvalinRegistry) {
+  TempFolder folder;
+  const fs::path a = folder.path() / "a.reg";
+  const fs::path b = folder.path() / "b.reg";
+  {
+    ScopedEnv registry("KORVALIN_REGISTRY", a.c_str());
+    RegistryStore& store = RegistryStore::Process();
+    EXPECT_EQ(store.file(), a);
+    EXPECT_EQ(&RegistryStore::Process(), &store);
+    ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Where", Text("a")), 0);
+  }
+  {
+    ScopedEnv registry("KORVALIN_REGISTRY", b.c_str());
+    RegistryStore& store = RegistryStore::Process();
+    EXPECT_EQ(store.file(), b);
+    EXPECT_FALSE(store.Query(RootKey::LocalMachine, kKey, "Where"));
+    ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Where", Text("b")), 0);
+  }
+  {
+    ScopedEnv registry("KORVALIN_REGISTRY", a.c_str());
+    EXPECT_EQ(*RegistryStore::Process().Query(RootKey::LocalMachine, kKey, "Where"), Text("a"));
+  }
+  EXPECT_NE(ReadFile(b).find("\"Where\"=\"b\""), std::string::npos);
+}
+
+}  // namespace
+}  // namespace korvalin::platform
