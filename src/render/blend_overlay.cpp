@@ -38,15 +38,28 @@ PixelMode ModeOf(PixelFormat subtype) {
   return PixelMode::None;
 }
 
+// The columns [first, last) of a run of `columns` pixels starting at output column
+// outColumn that lie inside the row.
+struct ColumnRange {
+  int32_t first;
+  int32_t last;
+};
+ColumnRange InsideRow(int32_t columns, int32_t outColumn, int32_t rowPixels) {
+  const int64_t first = std::max<int64_t>(0, -int64_t{outColumn});
+  const int64_t last = std::min<int64_t>(columns, int64_t{rowPixels} - outColumn);
+  return {static_cast<int32_t>(first), static_cast<int32_t>(std::max(first, last))};
+}
+
 // RGB32 and RGB565: every non-zero source pixel replaces the output pixel.
-void BlendRgbRow(const uint8_t* source, int32_t columns, int32_t bytesPerPixel,
-                 const CheckedRow& out, int32_t outColumn) {
-  for (int32_t i = 0; i < columns; ++i, source += bytesPerPixel) {
-    const int32_t column = outColumn + i;
-    if (column < 0 || column >= out.pixels) continue;
-    if (std::any_of(source, source + bytesPerPixel, [](uint8_t b) { return b != 0; })) {
-      std::memcpy(out.bytes + int64_t{column} * bytesPerPixel, source, bytesPerPixel);
-    }
+template <typename Pixel>
+void BlendRgbRow(const uint8_t* source, int32_t columns, const CheckedRow& out,
+                 int32_t outColumn) {
+  const ColumnRange range = InsideRow(columns, outColumn, out.pixels);
+  for (int32_t i = range.first; i < range.last; ++i) {
+    Pixel pixel;
+    std::memcpy(&pixel, source + i * sizeof(Pixel), sizeof(Pixel));
+    if (pixel == 0) continue;
+    std::memcpy(out.bytes + (int64_t{outColumn} + i) * sizeof(Pixel), &pixel, sizeof(Pixel));
   }
 }
 
@@ -99,7 +112,11 @@ int BlendOverlay(TextRenderer& renderer, int32_t xPos, int32_t yPos,
     if (out.bytes == nullptr) continue;
     const uint8_t* source = renderer.ConvertedRow(r) + int64_t{place.skip} * bytesPerPixel;
     if (mode != PixelMode::YUY2) {
-      BlendRgbRow(source, place.visible, bytesPerPixel, out, static_cast<int32_t>(outColumn));
+      if (mode == PixelMode::RGB32) {
+        BlendRgbRow<uint32_t>(source, place.visible, out, static_cast<int32_t>(outColumn));
+      } else {
+        BlendRgbRow<uint16_t>(source, place.visible, out, static_cast<int32_t>(outColumn));
+      }
       continue;
     }
     const int64_t inRowIndex = outRowIndex - target.pictureTop;
