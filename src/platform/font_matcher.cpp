@@ -3,6 +3,7 @@
 #include <fontconfig/fontconfig.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -24,8 +25,14 @@ struct CharSetDeleter {
 };
 using Pattern = std::unique_ptr<FcPattern, PatternDeleter>;
 
+// Loads the configuration once. It is released at exit, since fontconfig otherwise keeps
+// blocks of its parsed configuration that leak checkers report.
 bool InitFontconfig() {
-  static const bool initialised = FcInit() == FcTrue;
+  static const bool initialised = [] {
+    if (FcInit() != FcTrue) return false;
+    std::atexit(FcFini);
+    return true;
+  }();
   return initialised;
 }
 
