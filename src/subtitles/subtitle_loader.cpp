@@ -5,7 +5,13 @@
 #include <cstring>
 #include <string_view>
 
+#include "subtitles/readers/jacosub_reader.h"
+#include "subtitles/readers/microdvd_ini_reader.h"
+#include "subtitles/readers/microdvd_reader.h"
+#include "subtitles/readers/ssa_reader.h"
 #include "subtitles/readers/subrip_reader.h"
+#include "subtitles/readers/subviewer_v1_reader.h"
+#include "subtitles/readers/subviewer_v2_reader.h"
 
 namespace korvalin {
 namespace {
@@ -21,6 +27,12 @@ struct ReaderByFormat {
 // below by being listed here.
 constexpr ReaderByFormat kReaders[] = {
     {"SubRip", ReadSubRip},
+    {"SubViewer 2.0", ReadSubViewer2},
+    {"SubViewer 1.0", ReadSubViewer1},
+    {"MicroDVD", ReadMicroDvd},
+    {"MicroDVD-INI", ReadMicroDvdIni},
+    {"Sub Station Alpha", ReadSubStationAlpha},
+    {"JACOsub", ReadJacoSub},
 };
 
 struct ExtensionRow {
