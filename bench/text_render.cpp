@@ -33,12 +33,14 @@ FrameCase CaseOf(const benchmark::State& state) {
 }
 
 PixelMode ModeOf(PixelFormat format) {
-  return format == PixelFormat::YUY2 ? PixelMode::YUY2
+  return format == PixelFormat::YUY2    ? PixelMode::YUY2
          : format == PixelFormat::RGB32 ? PixelMode::RGB32
                                         : PixelMode::RGB565;
 }
 
-int32_t BytesPerPixel(PixelFormat format) { return format == PixelFormat::RGB32 ? 4 : 2; }
+int32_t BytesPerPixel(PixelFormat format) {
+  return format == PixelFormat::RGB32 ? 4 : 2;
+}
 
 void BM_ConvertTo(benchmark::State& state) {
   const FrameCase c = CaseOf(state);

@@ -19,8 +19,8 @@ std::string WritePng(const std::string& file, int32_t width, int32_t height, Png
   image.width = static_cast<png_uint_32>(width);
   image.height = static_cast<png_uint_32>(height);
   image.format = layout == PngLayout::Rgba ? PNG_FORMAT_RGBA : PNG_FORMAT_GA;
-  const int ok = png_image_write_to_file(&image, file.c_str(), 0, pixels.data(),
-                                         width * channels, nullptr);
+  const int ok =
+      png_image_write_to_file(&image, file.c_str(), 0, pixels.data(), width * channels, nullptr);
   if (ok != 0) return "";
   const std::string message(image.message);
   png_image_free(&image);

@@ -97,8 +97,8 @@ int RunTextImageCommand(Args args) {
     Fail("cannot draw the text at a drawing width of " + std::to_string(request.drawingWidth));
     return kExitFailed;
   }
-  const std::string error = WritePng(request.output, renderer.imageWidth(),
-                                     renderer.imageHeight(), PngLayout::Rgba, ImageAsRgba(renderer));
+  const std::string error = WritePng(request.output, renderer.imageWidth(), renderer.imageHeight(),
+                                     PngLayout::Rgba, ImageAsRgba(renderer));
   if (!error.empty()) {
     Fail(error);
     return kExitFailed;

@@ -23,8 +23,18 @@ struct CharsetCodePage {
 
 // Font character-set numbers and the code page whose bytes they stand for.
 constexpr std::array<CharsetCodePage, 12> kCharsetCodePages{{
-    {0, 1252},   {177, 1255}, {178, 1256}, {161, 1253}, {162, 1254},   {186, 1257},
-    {238, 1250}, {204, 1251}, {163, 1258}, {255, 437},  {77, kCodePageMacRoman}, {129, 949},
+    {0, 1252},
+    {177, 1255},
+    {178, 1256},
+    {161, 1253},
+    {162, 1254},
+    {186, 1257},
+    {238, 1250},
+    {204, 1251},
+    {163, 1258},
+    {255, 437},
+    {77, kCodePageMacRoman},
+    {129, 949},
 }};
 
 // glibc's iconv names of the supported code pages.
@@ -64,7 +74,9 @@ void WriteUtf32Le(char32_t c, unsigned char* p) {
   for (int i = 0; i < 4; ++i) p[i] = static_cast<unsigned char>(c >> (8 * i));
 }
 
-bool IsScalar(char32_t c) { return c <= 0x10FFFF && (c < 0xD800 || c > 0xDFFF); }
+bool IsScalar(char32_t c) {
+  return c <= 0x10FFFF && (c < 0xD800 || c > 0xDFFF);
+}
 
 // Length of the well-formed UTF-8 sequence at bytes[i], 0 when it is malformed.
 size_t Utf8SequenceLength(std::string_view bytes, size_t i) {
@@ -101,7 +113,9 @@ int CodePageOfCharset(int32_t charset) {
   return kCodePageWestern;
 }
 
-bool IsSupportedCodePage(int codePage) { return IconvName(codePage).has_value(); }
+bool IsSupportedCodePage(int codePage) {
+  return IconvName(codePage).has_value();
+}
 
 int SystemCodePage() {
   const char* value = std::getenv("KORVALIN_CODEPAGE");

@@ -82,7 +82,8 @@ std::unique_ptr<FontFace> FontFace::Open(const FontMatch& match, int32_t cellHei
   const int32_t cell = std::clamp(cellHeight, 1, kMaxCellHeight);
   const DesignMetrics metrics = CellMetrics(face);
   const double pixelsPerUnit = cell / (metrics.ascent + metrics.descent);
-  const auto ppem26_6 = static_cast<FT_F26Dot6>(std::lround(pixelsPerUnit * face->units_per_EM * 64));
+  const auto ppem26_6 =
+      static_cast<FT_F26Dot6>(std::lround(pixelsPerUnit * face->units_per_EM * 64));
   if (FT_Set_Char_Size(face, 0, std::max<FT_F26Dot6>(ppem26_6, 1), 72, 72) != 0) return nullptr;
 
   std::unique_ptr<FontFace> result(new FontFace(std::move(freeType)));

@@ -57,8 +57,7 @@ void PrepareForMatch(FcPattern* pattern) {
 
 bool GetBool(const FcPattern* pattern, const char* object, bool fallback) {
   FcBool value;
-  return FcPatternGetBool(pattern, object, 0, &value) == FcResultMatch ? value == FcTrue
-                                                                         : fallback;
+  return FcPatternGetBool(pattern, object, 0, &value) == FcResultMatch ? value == FcTrue : fallback;
 }
 
 double FontconfigWeight(const FcPattern* pattern) {
@@ -97,8 +96,7 @@ std::optional<FontMatch> MatchFont(std::string_view face, int weight) {
   return ToFontMatch(found.get(), weight);
 }
 
-std::optional<FontMatch> MatchFallbackFont(std::string_view face, int weight,
-                                           char32_t codePoint) {
+std::optional<FontMatch> MatchFallbackFont(std::string_view face, int weight, char32_t codePoint) {
   if (!InitFontconfig()) return std::nullopt;
   Pattern pattern = RequestPattern(face, weight);
   std::unique_ptr<FcCharSet, CharSetDeleter> wanted(FcCharSetCreate());

@@ -9,10 +9,10 @@ namespace korvalin::platform {
 // A font file chosen for a face name and weight.
 struct FontMatch {
   std::string file;
-  int index = 0;             // face within the file
-  std::string family;        // the family found, e.g. "Liberation Sans" for "Arial"
-  int weight = 400;          // OpenType weight of the face found
-  bool embolden = false;     // the family lacks the weight asked for: thicken the strokes
+  int index = 0;          // face within the file
+  std::string family;     // the family found, e.g. "Liberation Sans" for "Arial"
+  int weight = 400;       // OpenType weight of the face found
+  bool embolden = false;  // the family lacks the weight asked for: thicken the strokes
 };
 
 // The installed face that fontconfig finds for a name and an OpenType weight (100..900),

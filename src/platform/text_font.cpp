@@ -5,7 +5,9 @@
 namespace korvalin::platform {
 namespace {
 
-bool IsControl(char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
+bool IsControl(char32_t c) {
+  return c < 0x20 || (c >= 0x7F && c < 0xA0);
+}
 
 }  // namespace
 

@@ -5,7 +5,9 @@
 namespace korvalin::platform {
 namespace {
 
-bool IsBreak(char32_t c) { return c == U'\n' || c == U'\r'; }
+bool IsBreak(char32_t c) {
+  return c == U'\n' || c == U'\r';
+}
 
 // Wraps one hard line [begin, end) greedily into lines no wider than wrapWidth.
 void WrapLine(std::u32string_view text, std::size_t begin, std::size_t end,

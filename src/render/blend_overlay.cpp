@@ -52,8 +52,7 @@ ColumnRange InsideRow(int32_t columns, int32_t outColumn, int32_t rowPixels) {
 
 // RGB32 and RGB565: every non-zero source pixel replaces the output pixel.
 template <typename Pixel>
-void BlendRgbRow(const uint8_t* source, int32_t columns, const CheckedRow& out,
-                 int32_t outColumn) {
+void BlendRgbRow(const uint8_t* source, int32_t columns, const CheckedRow& out, int32_t outColumn) {
   const ColumnRange range = InsideRow(columns, outColumn, out.pixels);
   for (int32_t i = range.first; i < range.last; ++i) {
     Pixel pixel;
@@ -65,8 +64,8 @@ void BlendRgbRow(const uint8_t* source, int32_t columns, const CheckedRow& out,
 
 // YUY2: whole pairs are copied; in a half-covered pair the uncovered pixel keeps its luma
 // and the chroma becomes the mean of the image's and the picture's (input) chroma.
-void BlendYuy2Row(const uint8_t* source, int32_t columns, const CheckedRow& out,
-                  int32_t outColumn, const CheckedRow& in, int32_t inColumn) {
+void BlendYuy2Row(const uint8_t* source, int32_t columns, const CheckedRow& out, int32_t outColumn,
+                  const CheckedRow& in, int32_t inColumn) {
   for (int32_t pair = 0; pair < (columns + 1) / 2; ++pair, source += 4) {
     const int32_t column = outColumn + 2 * pair;
     if (column < 0 || column + 1 >= out.pixels) continue;
@@ -89,20 +88,20 @@ void BlendYuy2Row(const uint8_t* source, int32_t columns, const CheckedRow& out,
 
 }  // namespace
 
-int BlendOverlay(TextRenderer& renderer, int32_t xPos, int32_t yPos,
-                 const OverlayTarget& target) {
+int BlendOverlay(TextRenderer& renderer, int32_t xPos, int32_t yPos, const OverlayTarget& target) {
   const PixelMode mode = ModeOf(target.outputSubtype);
   if (mode == PixelMode::None || target.output.format == nullptr) return -1;
   const OverlayPlacement place =
-      PlaceOverlay(xPos, yPos, renderer.imageWidth(), renderer.imageHeight(),
-                   target.drawingWidth, target.output.format->biHeight);
+      PlaceOverlay(xPos, yPos, renderer.imageWidth(), renderer.imageHeight(), target.drawingWidth,
+                   target.output.format->biHeight);
   if (renderer.ConvertTo(mode) != 0) return -1;
   if (place.visible <= 0) return 0;
 
   const int32_t bytesPerPixel = mode == PixelMode::RGB32 ? 4 : 2;
   const int64_t outColumn = int64_t{place.x} + target.leftBorder;
   const int64_t inColumn = int64_t{place.x} + target.inputLeft;
-  if (outColumn > INT32_MAX || inColumn > INT32_MAX || outColumn < INT32_MIN || inColumn < INT32_MIN) {
+  if (outColumn > INT32_MAX || inColumn > INT32_MAX || outColumn < INT32_MIN ||
+      inColumn < INT32_MIN) {
     return 0;
   }
   for (int32_t r = 0; r < renderer.imageHeight(); ++r) {

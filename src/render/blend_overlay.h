@@ -20,11 +20,11 @@ struct OverlayTarget {
   OverlayFrame input;   // the YUY2 frame as it came in (only its chroma is read)
   OverlayFrame output;  // the frame being produced
   PixelFormat outputSubtype = PixelFormat::YUY2;
-  int32_t drawingWidth = 0;  // width of the picture area in the output (copyWidth)
-  int32_t leftBorder = 0;    // output column where that area begins
-  int32_t inputLeft = 0;     // input column under the area's first column
-  int32_t pictureTop = 0;    // output row of the input's first row
-  int32_t borderRefresh = 0; // rows outside the picture are drawn only while non-zero
+  int32_t drawingWidth = 0;   // width of the picture area in the output (copyWidth)
+  int32_t leftBorder = 0;     // output column where that area begins
+  int32_t inputLeft = 0;      // input column under the area's first column
+  int32_t pictureTop = 0;     // output row of the input's first row
+  int32_t borderRefresh = 0;  // rows outside the picture are drawn only while non-zero
 };
 
 // Lays the renderer's image over the output frame at XPos / YPos: opaque pixels replace

@@ -11,7 +11,8 @@ namespace {
 DynString VideoTimeLine(int32_t videoTimeMode, int32_t startMs, int32_t durationMs) {
   if (videoTimeMode == 0) return {};
   int64_t t = startMs;
-  if (videoTimeMode == 2) t = std::min<int64_t>(int64_t{startMs} - durationMs, 0);  // past the end: 0
+  if (videoTimeMode == 2)
+    t = std::min<int64_t>(int64_t{startMs} - durationMs, 0);  // past the end: 0
   const char* sign = t < 0 ? "-" : "";
   if (t < 0) t = -t;
   const int64_t s = t / 1000, m = s / 60, h = m / 60;
@@ -30,8 +31,8 @@ TimeOfDay LocalTimeOfDay() {
   return {local.tm_hour, local.tm_min};
 }
 
-DynString ClockText(int32_t videoTimeMode, int32_t worldTime, int32_t startMs,
-                    int32_t durationMs, TimeOfDay now) {
+DynString ClockText(int32_t videoTimeMode, int32_t worldTime, int32_t startMs, int32_t durationMs,
+                    TimeOfDay now) {
   DynString text = VideoTimeLine(videoTimeMode, startMs, durationMs);
   if (!text.IsEmpty()) text.AppendChar('\n');
   if (worldTime != 0) {

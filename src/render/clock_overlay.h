@@ -18,8 +18,8 @@ TimeOfDay LocalTimeOfDay();
 
 // The clock's text: the video time (mode 1 elapsed, 2 remaining, 0 none) as "h:mm:ss",
 // then on a second line the time of day as "%2d:%02d", trimmed at both ends.
-DynString ClockText(int32_t videoTimeMode, int32_t worldTime, int32_t startMs,
-                    int32_t durationMs, TimeOfDay now);
+DynString ClockText(int32_t videoTimeMode, int32_t worldTime, int32_t startMs, int32_t durationMs,
+                    TimeOfDay now);
 
 // The on-screen clock: composes its text every frame and draws it only when the text or the
 // style changed.

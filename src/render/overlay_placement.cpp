@@ -13,10 +13,12 @@ int32_t Clamp32(int64_t value) {
 
 }  // namespace
 
-int32_t AlignmentOfXPos(int32_t xPos) { return xPos < 31 ? 0 : (xPos < 70 ? 1 : 2); }
+int32_t AlignmentOfXPos(int32_t xPos) {
+  return xPos < 31 ? 0 : (xPos < 70 ? 1 : 2);
+}
 
-OverlayPlacement PlaceOverlay(int32_t xPos, int32_t yPos, int32_t imageWidth,
-                              int32_t imageHeight, int32_t drawingWidth, int32_t frameHeight) {
+OverlayPlacement PlaceOverlay(int32_t xPos, int32_t yPos, int32_t imageWidth, int32_t imageHeight,
+                              int32_t drawingWidth, int32_t frameHeight) {
   const int64_t anchorX = (int64_t{xPos} * drawingWidth / 100) & ~int64_t{1};
   int64_t x = anchorX;
   int64_t limit = drawingWidth;

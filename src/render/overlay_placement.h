@@ -21,7 +21,7 @@ struct OverlayPlacement {
 // XPos is a percentage of the drawing width, YPos of the output frame's height measured
 // from the bottom. A right-aligned image is never drawn right of its anchor; an image that
 // would start above the frame is moved down to row 0.
-OverlayPlacement PlaceOverlay(int32_t xPos, int32_t yPos, int32_t imageWidth,
-                              int32_t imageHeight, int32_t drawingWidth, int32_t frameHeight);
+OverlayPlacement PlaceOverlay(int32_t xPos, int32_t yPos, int32_t imageWidth, int32_t imageHeight,
+                              int32_t drawingWidth, int32_t frameHeight);
 
 }  // namespace korvalin

@@ -6,10 +6,10 @@
 #include <string_view>
 
 #include "platform/code_page.h"
-#include "render/picture.h"
 #include "render/image_outline.h"
 #include "render/overlay_conversion.h"
 #include "render/overlay_placement.h"
+#include "render/picture.h"
 
 namespace korvalin {
 namespace {
@@ -17,7 +17,9 @@ namespace {
 constexpr uint32_t kBoxFill = 0x01010101;
 
 // Rounded up to an even number, so that a YUY2 pixel pair is never split.
-int32_t MadeEven(int32_t width) { return width + (width & 1); }
+int32_t MadeEven(int32_t width) {
+  return width + (width & 1);
+}
 
 platform::TextAlign TextAlignOf(int32_t alignment) {
   if (alignment == 1) return platform::TextAlign::Center;
@@ -127,8 +129,8 @@ int TextRenderer::RenderPicture(const Picture& picture, int32_t drawingWidth) {
     for (int32_t x = 0; x < width && rowStart + x < picture.pixels.size(); ++x) {
       const uint8_t v = picture.pixels[rowStart + x];
       if (v == 0) continue;
-      const uint32_t word =
-          Tint(v, colour_, 0) | uint32_t{Tint(v, colour_, 8)} << 8 | uint32_t{Tint(v, colour_, 16)} << 16;
+      const uint32_t word = Tint(v, colour_, 0) | uint32_t{Tint(v, colour_, 8)} << 8 |
+                            uint32_t{Tint(v, colour_, 16)} << 16;
       row[x] = word == 0 ? kDarkPixel : word;
     }
   }
@@ -174,8 +176,8 @@ int TextRenderer::ConvertTo(PixelMode mode) {
 }
 
 void ApplyFontStyle(TextRenderer& renderer, const FontStyle& style, int32_t tv) {
-  renderer.SetStyle(style.Face.c_str(), style.CharsetValue(), style.ScaledSize(tv),
-                    style.Weight, AlignmentOfXPos(style.XPos), style.Color, style.Transparent);
+  renderer.SetStyle(style.Face.c_str(), style.CharsetValue(), style.ScaledSize(tv), style.Weight,
+                    AlignmentOfXPos(style.XPos), style.Color, style.Transparent);
 }
 
 }  // namespace korvalin

@@ -30,8 +30,8 @@ class TextRenderer : public SubtitleRenderer {
   // Takes the style; draws nothing, but the next drawing makes the font again. Colour 0 is
   // kept as the dark colour so black text stays opaque. Alignment 0 left, 1 centre,
   // 2 right. Returns 0.
-  int SetStyle(const char* face, int32_t charset, int32_t size, int32_t weight,
-               int32_t alignment, uint32_t colour, int32_t transparent);
+  int SetStyle(const char* face, int32_t charset, int32_t size, int32_t weight, int32_t alignment,
+               uint32_t colour, int32_t transparent);
   // Makes the font for a drawing width unless the one in use fits. 0, or -1 when no font
   // can be made.
   int EnsureFont(int32_t drawingWidth);

@@ -8,10 +8,9 @@ namespace korvalin::platform {
 namespace {
 
 TEST(CodePage, CharsetNumbersNameTheirCodePages) {
-  const std::pair<int32_t, int> table[] = {{0, 1252},   {177, 1255}, {178, 1256}, {161, 1253},
-                                           {162, 1254}, {186, 1257}, {238, 1250}, {204, 1251},
-                                           {163, 1258}, {255, 437},  {77, 10000}, {129, 949},
-                                           {999, 1252}};
+  const std::pair<int32_t, int> table[] = {
+      {0, 1252},   {177, 1255}, {178, 1256}, {161, 1253}, {162, 1254}, {186, 1257}, {238, 1250},
+      {204, 1251}, {163, 1258}, {255, 437},  {77, 10000}, {129, 949},  {999, 1252}};
   for (const auto& [charset, codePage] : table) {
     EXPECT_EQ(CodePageOfCharset(charset), codePage) << charset;
     EXPECT_TRUE(IsSupportedCodePage(codePage)) << codePage;
@@ -56,11 +55,18 @@ TEST(CodePage, EncodeIsTheInverseAndMarksWhatThePageLacks) {
 
 TEST(CodePage, MultiByteUtf8IsRecognisedOnlyWhenWellFormed) {
   const std::pair<std::string, bool> cases[] = {
-      {"Привет", true},         {"plain ASCII", false},     {"", false},
-      {"caf\xE9", false},       {"\xC0\xAF", false},        {"\xED\xA0\x80", false},
-      {"\xF4\x90\x80\x80", false}, {"\xD0", false},         {"ok \xE2\x82\xAC", true},
+      {"Привет", true},
+      {"plain ASCII", false},
+      {"", false},
+      {"caf\xE9", false},
+      {"\xC0\xAF", false},
+      {"\xED\xA0\x80", false},
+      {"\xF4\x90\x80\x80", false},
+      {"\xD0", false},
+      {"ok \xE2\x82\xAC", true},
   };
-  for (const auto& [bytes, multiByte] : cases) EXPECT_EQ(IsMultiByteUtf8(bytes), multiByte) << bytes;
+  for (const auto& [bytes, multiByte] : cases)
+    EXPECT_EQ(IsMultiByteUtf8(bytes), multiByte) << bytes;
 }
 
 TEST(CodePage, SubtitleTextIsUtf8WhenItHoldsAMultiByteSequenceElseTheCodePage) {
@@ -72,8 +78,8 @@ TEST(CodePage, SubtitleTextIsUtf8WhenItHoldsAMultiByteSequenceElseTheCodePage) {
 
 TEST(CodePage, SystemCodePageFollowsTheEnvironment) {
   const std::pair<const char*, int> cases[] = {
-      {"1251", 1251}, {"cp1250", 1250}, {"windows-1253", 1253}, {"65001", 1252},
-      {"latin", 1252}, {"", 1252},
+      {"1251", 1251},  {"cp1250", 1250}, {"windows-1253", 1253},
+      {"65001", 1252}, {"latin", 1252},  {"", 1252},
   };
   for (const auto& [value, codePage] : cases) {
     setenv("KORVALIN_CODEPAGE", value, 1);

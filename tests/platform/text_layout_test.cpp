@@ -9,7 +9,9 @@ namespace korvalin::platform {
 namespace {
 
 // Every character 10 pixels wide, so widths are easy to reason about.
-int32_t TenPixels(char32_t) { return 10; }
+int32_t TenPixels(char32_t) {
+  return 10;
+}
 
 std::vector<std::u32string> Lines(std::u32string_view text, std::optional<int32_t> wrap,
                                   std::vector<int32_t>* widths = nullptr) {

@@ -30,8 +30,8 @@ TEST(OverlayPlacement, XPosAndYPosPlaceTheImage) {
       {50, 50, 300, 600, 720, 576, {210, 0, 300, 0}},   // moved down, not cut
   };
   for (const Case& c : cases) {
-    const OverlayPlacement p = PlaceOverlay(c.xPos, c.yPos, c.imageWidth, c.imageHeight,
-                                            c.drawingWidth, c.frameHeight);
+    const OverlayPlacement p =
+        PlaceOverlay(c.xPos, c.yPos, c.imageWidth, c.imageHeight, c.drawingWidth, c.frameHeight);
     EXPECT_EQ(p.x, c.expected.x) << c.xPos << "/" << c.yPos;
     EXPECT_EQ(p.skip, c.expected.skip) << c.xPos << "/" << c.yPos;
     EXPECT_EQ(p.visible, c.expected.visible) << c.xPos << "/" << c.yPos;
@@ -93,8 +93,8 @@ TEST_F(YuvBlend, HalfCoveredPairKeepsThePictureLumaAndAveragesTheChroma) {
   ASSERT_EQ(BlendOverlay(renderer_, 0, 100, Target(0, 0)), 0);
   // Pair at output column 2 is half covered; input column 2 has U 51, V 60.
   // (234 + 128 luma is white 254 in studio range.)
-  EXPECT_EQ(OutputRow(0), (Bytes{90, 70, 91, 80, 234, (128 + 51) / 2, 91, (128 + 60) / 2, 234,
-                                 128, 234, 128, 90, 70, 91, 80}));
+  EXPECT_EQ(OutputRow(0), (Bytes{90, 70, 91, 80, 234, (128 + 51) / 2, 91, (128 + 60) / 2, 234, 128,
+                                 234, 128, 90, 70, 91, 80}));
 }
 
 TEST_F(YuvBlend, BorderRowsAreDrawnOnlyWhileTheBorderIsRefreshed) {
@@ -103,8 +103,8 @@ TEST_F(YuvBlend, BorderRowsAreDrawnOnlyWhileTheBorderIsRefreshed) {
   EXPECT_EQ(OutputRow(0), (Bytes{90, 70, 91, 80, 90, 70, 91, 80, 90, 70, 91, 80, 90, 70, 91, 80}));
   EXPECT_EQ(OutputRow(1)[4], 234);
   ASSERT_EQ(BlendOverlay(renderer_, 0, 100, Target(1, 3)), 0);
-  EXPECT_EQ(OutputRow(0), (Bytes{90, 70, 91, 80, 234, 128, 91, 128, 234, 128, 234, 128, 90, 70,
-                                 91, 80}));  // neutral chroma as the picture's share
+  EXPECT_EQ(OutputRow(0), (Bytes{90, 70, 91, 80, 234, 128, 91, 128, 234, 128, 234, 128, 90, 70, 91,
+                                 80}));  // neutral chroma as the picture's share
 }
 
 TEST_F(YuvBlend, RgbOutputTakesTheImageColoursAsTheyAre) {
@@ -115,8 +115,8 @@ TEST_F(YuvBlend, RgbOutputTakesTheImageColoursAsTheyAre) {
   target.outputSubtype = PixelFormat::RGB32;
   ASSERT_EQ(BlendOverlay(renderer_, 0, 100, target), 0);
   const Bytes row0(rgb.begin() + 32, rgb.end());
-  EXPECT_EQ(row0, (Bytes{7, 7, 7, 7, 7, 7, 7, 7, 254, 254, 254, 0, 7, 7, 7, 7, 254, 254, 254,
-                         0, 254, 254, 254, 0, 7, 7, 7, 7, 7, 7, 7, 7}));
+  EXPECT_EQ(row0, (Bytes{7,   7,   7,   7, 7,   7,   7,   7, 254, 254, 254, 0, 7, 7, 7, 7,
+                         254, 254, 254, 0, 254, 254, 254, 0, 7,   7,   7,   7, 7, 7, 7, 7}));
 }
 
 TEST_F(YuvBlend, UnknownSubtypeDrawsNothing) {

@@ -19,13 +19,13 @@ TEST(ClockText, ComposesVideoTimeAndTimeOfDay) {
       {1, 0, 3723456, 0, "1:02:03"},
       {1, 0, 5000, 0, "0:00:05"},
       {1, 0, 43200000, 0, "12:00:00"},
-      {1, 0, -1000, 0, "-0:00:01"},            // before the stream's start
-      {2, 0, 900000, 3600000, "-0:45:00"},     // remaining
-      {2, 0, 3600000, 3600000, "0:00:00"},     // at the end
-      {2, 0, 3700000, 3600000, "0:00:00"},     // past the end, no sign
-      {2, 0, 5000, 0, "0:00:00"},              // unknown duration
-      {0, 1, 0, 0, "9:05"},                    // alone, the hour's space is trimmed
-      {1, 1, 5000, 0, "0:00:05\n 9:05"},       // second line keeps it
+      {1, 0, -1000, 0, "-0:00:01"},         // before the stream's start
+      {2, 0, 900000, 3600000, "-0:45:00"},  // remaining
+      {2, 0, 3600000, 3600000, "0:00:00"},  // at the end
+      {2, 0, 3700000, 3600000, "0:00:00"},  // past the end, no sign
+      {2, 0, 5000, 0, "0:00:00"},           // unknown duration
+      {0, 1, 0, 0, "9:05"},                 // alone, the hour's space is trimmed
+      {1, 1, 5000, 0, "0:00:05\n 9:05"},    // second line keeps it
   };
   for (const Case& c : cases) {
     EXPECT_STREQ(ClockText(c.mode, c.world, c.startMs, c.durationMs, kNineOhFive).c_str(), c.text)

@@ -20,13 +20,15 @@ void ForEachPixel(TextRenderer& r, const std::function<void(int32_t, int32_t, ui
   }
 }
 
-bool IsGlyph(uint32_t word) { return word != 0 && word != kDarkPixel; }
+bool IsGlyph(uint32_t word) {
+  return word != 0 && word != kDarkPixel;
+}
 
 // Image width the rules give for a text measured with the renderer's font.
 int32_t ExpectedWidth(TextRenderer& r, const char32_t* text, int32_t wrapWidth, bool wrap) {
   auto& font = const_cast<platform::TextFont&>(*r.font());
-  const int32_t measured = platform::MeasureText(font, text, {platform::TextAlign::Center, wrap},
-                                                 wrapWidth).width + 2;
+  const int32_t measured =
+      platform::MeasureText(font, text, {platform::TextAlign::Center, wrap}, wrapWidth).width + 2;
   return measured + (measured & 1);
 }
 
