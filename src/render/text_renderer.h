@@ -59,7 +59,7 @@ class TextRenderer : public SubtitleRenderer {
   bool fontDirty() const { return fontDirty_; }
   PixelMode convertedMode() const { return convertedMode_; }
   uint32_t colour() const { return colour_; }
-  const platform::TextFont* font() const { return font_.get(); }
+  platform::TextFont* font() { return font_.get(); }
 
  private:
   platform::SurfaceView Surface();

@@ -26,7 +26,7 @@ bool IsGlyph(uint32_t word) {
 
 // Image width the rules give for a text measured with the renderer's font.
 int32_t ExpectedWidth(TextRenderer& r, const char32_t* text, int32_t wrapWidth, bool wrap) {
-  auto& font = const_cast<platform::TextFont&>(*r.font());
+  platform::TextFont& font = *r.font();
   const int32_t measured =
       platform::MeasureText(font, text, {platform::TextAlign::Center, wrap}, wrapWidth).width + 2;
   return measured + (measured & 1);
