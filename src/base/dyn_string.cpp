@@ -145,20 +145,24 @@ DynString DynString::Concat(const char* text) const {
 
 int DynString::Find(const char* needle, int start) const { return FindText(c_str(), needle, start); }
 
+// One pass, building the result once so that many replacements stay linear.
 int DynString::ReplacePass(const char* find, const char* replacement, bool all) {
   const std::size_t find_length = std::strlen(find);
-  const std::size_t replacement_length = std::strlen(replacement);
   int count = 0;
+  int copied = 0;  // text before this position is already in result
   int position = 0;
+  DynString result("");
   while ((position = Find(find, position)) >= 0) {
-    DynString result(c_str(), position);
-    result.Append(replacement, replacement_length);
-    result.Append(c_str() + position + find_length);
-    *this = std::move(result);
+    result.Append(c_str() + copied, position - copied);
+    result.Append(replacement);
+    copied = position + static_cast<int>(find_length);
+    position = copied;
     ++count;
     if (!all) break;
-    position += static_cast<int>(replacement_length);
   }
+  if (count == 0) return 0;
+  result.Append(c_str() + copied);
+  *this = std::move(result);
   return count;
 }
 
