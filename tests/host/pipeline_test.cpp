@@ -1,0 +1,258 @@
+#include <gtest/gtest.h>
+
+#include "host/filter_graph.h"
+#include "host/pin_helpers.h"
+#include "host/transform_in_place_filter.h"
+#include "test_filters.h"
+
+namespace korvalin::host::testing {
+namespace {
+
+constexpr int32_t kGenerousMs = 10000;
+
+IPin* In(BaseFilter* f) {
+  return f->GetPin(0);
+}
+IPin* Out(BaseFilter* f, int index = 0) {
+  return f->GetPin(index);
+}
+
+class PipelineTest : public ::testing::Test {
+ protected:
+  void Add(BaseFilter* filter, std::u16string_view name) {
+    ASSERT_TRUE(SUCCEEDED(graph->AddFilter(filter, name)));
+  }
+  // Runs the graph to the end of the stream and stops it.
+  void RunToEnd() {
+    ASSERT_EQ(graph->Run(), S_OK);
+    int32_t code = 0;
+    ASSERT_EQ(graph->WaitForCompletion(kGenerousMs, &code), S_OK);
+    EXPECT_EQ(code, EC_COMPLETE);
+    ASSERT_EQ(graph->Stop(), S_OK);
+  }
+
+  // Registers a filter taking video of `subtype` (GUID_NULL: any), counting the instances
+  // made in `created`.
+  void RegisterFilter(const CLSID& clsid, std::u16string name, uint32_t merit, GUID subtype,
+                      std::function<ComPtr<BaseFilter>()> make) {
+    REGFILTERPINS input{u"In", false,     false, false,
+                        false, GUID_NULL, u"",   {{MEDIATYPE_Video, subtype}}};
+    registry.Register({std::move(name),
+                       clsid,
+                       [this, make](IUnknown*, const IID& iid, void** out) {
+                         ++created;
+                         return make()->QueryInterface(iid, out);
+                       },
+                       true,
+                       merit,
+                       {input}});
+  }
+
+  int created = 0;
+  FilterRegistry registry;
+  ComPtr<FilterGraph> graph = MakeCom<FilterGraph>(&registry);
+  ComPtr<CountingSource> source = MakeCom<CountingSource>(5);
+  ComPtr<AddOneFilter> addOne = MakeCom<AddOneFilter>(2);
+  ComPtr<RecordingSink> sink = MakeCom<RecordingSink>();
+};
+
+TEST_F(PipelineTest, SamplesFlowThroughTransformToEndOfStream) {
+  Add(source.Get(), u"Source");
+  Add(addOne.Get(), u"AddOne");
+  Add(sink.Get(), u"Sink");
+  ASSERT_EQ(graph->ConnectDirect(Out(source.Get()), In(addOne.Get()), nullptr), S_OK);
+  ASSERT_EQ(graph->ConnectDirect(Out(addOne.Get(), 1), In(sink.Get()), nullptr), S_OK);
+  RunToEnd();
+
+  // Frame 2 is dropped by S_FALSE from Transform.
+  const auto frames = sink->Frames();
+  ASSERT_EQ(frames.size(), 4u);
+  const int expected[] = {1, 2, 4, 5};
+  for (std::size_t i = 0; i < frames.size(); ++i) EXPECT_EQ(frames[i].firstByte, expected[i]);
+  EXPECT_EQ(frames[2].start, 3 * kFrameTime);
+  EXPECT_EQ(sink->segmentStart_, kFrameTime);  // the source's segment passed the transform
+
+  // A second run from the start gives the same stream again.
+  sink->frames_.clear();
+  RunToEnd();
+  EXPECT_EQ(sink->Frames().size(), 4u);
+}
+
+TEST_F(PipelineTest, SameNameGetsBlankAndNumber) {
+  auto second = MakeCom<AddOneFilter>();
+  auto third = MakeCom<AddOneFilter>();
+  Add(addOne.Get(), u"Korvalin");
+  EXPECT_EQ(graph->AddFilter(second.Get(), u"Korvalin"), VFW_S_DUPLICATE_NAME);
+  EXPECT_EQ(graph->AddFilter(third.Get(), u"Korvalin"), VFW_S_DUPLICATE_NAME);
+  FILTER_INFO info;
+  ASSERT_EQ(third->QueryFilterInfo(&info), S_OK);
+  EXPECT_EQ(info.achName, u"Korvalin 0002");
+  EXPECT_EQ(info.pGraph.Get(), static_cast<IFilterGraph*>(graph.Get()));
+
+  ComPtr<IBaseFilter> found;
+  ASSERT_EQ(graph->FindFilterByName(u"Korvalin 0001", found.ReleaseAndGetAddressOf()), S_OK);
+  EXPECT_EQ(found.Get(), static_cast<IBaseFilter*>(second.Get()));
+  EXPECT_EQ(graph->FindFilterByName(u"Korvalin 0003", found.ReleaseAndGetAddressOf()),
+            VFW_E_NOT_FOUND);
+
+  ASSERT_EQ(graph->RemoveFilter(second.Get()), S_OK);
+  ComPtr<IEnumFilters> filters;
+  ASSERT_EQ(graph->EnumFilters(filters.ReleaseAndGetAddressOf()), S_OK);
+  IBaseFilter* listed[3] = {};
+  uint32_t fetched = 0;
+  EXPECT_EQ(filters->Next(3, listed, &fetched), S_FALSE);
+  EXPECT_EQ(fetched, 2u);
+  for (uint32_t i = 0; i < fetched; ++i) listed[i]->Release();
+}
+
+TEST_F(PipelineTest, Refusals) {
+  auto rgbSink = MakeCom<RecordingSink>(MEDIASUBTYPE_RGB32);
+  auto stranger = MakeCom<RecordingSink>();
+  Add(source.Get(), u"Source");
+  Add(addOne.Get(), u"AddOne");
+  Add(rgbSink.Get(), u"RGB");
+  Add(sink.Get(), u"Sink");
+
+  // The output connects only after the input; before, it has no type to offer either.
+  const AM_MEDIA_TYPE yuy2 = VideoType();
+  EXPECT_EQ(graph->ConnectDirect(Out(addOne.Get(), 1), In(sink.Get()), &yuy2), E_UNEXPECTED);
+  EXPECT_EQ(graph->ConnectDirect(Out(addOne.Get(), 1), In(sink.Get()), nullptr),
+            VFW_E_NO_ACCEPTABLE_TYPES);
+  ASSERT_EQ(graph->ConnectDirect(Out(source.Get()), In(addOne.Get()), nullptr), S_OK);
+  EXPECT_EQ(graph->ConnectDirect(Out(source.Get()), In(addOne.Get()), nullptr),
+            VFW_E_ALREADY_CONNECTED);
+  EXPECT_EQ(graph->ConnectDirect(Out(addOne.Get(), 1), In(rgbSink.Get()), nullptr),
+            VFW_E_TYPE_NOT_ACCEPTED);
+  EXPECT_EQ(graph->ConnectDirect(Out(addOne.Get(), 1), In(stranger.Get()), nullptr),
+            VFW_E_NOT_IN_GRAPH);
+  EXPECT_EQ(graph->ConnectDirect(In(addOne.Get()), Out(addOne.Get(), 1), nullptr),
+            VFW_E_INVALID_DIRECTION);
+
+  // A refused attempt leaves both pins unconnected.
+  ComPtr<IPin> other;
+  EXPECT_EQ(Out(addOne.Get(), 1)->ConnectedTo(other.ReleaseAndGetAddressOf()), VFW_E_NOT_CONNECTED);
+  EXPECT_FALSE(other);
+  AM_MEDIA_TYPE type;
+  EXPECT_EQ(In(rgbSink.Get())->ConnectionMediaType(&type), VFW_E_NOT_CONNECTED);
+  EXPECT_EQ(graph->Reconnect(In(rgbSink.Get())), VFW_E_NOT_CONNECTED);
+
+  const AM_MEDIA_TYPE rgb = VideoType(MEDIASUBTYPE_RGB32);
+  EXPECT_EQ(In(addOne.Get())->QueryAccept(&rgb), S_FALSE);
+
+  // No renderer is connected, so the run completes at once.
+  ASSERT_EQ(graph->Run(), S_OK);
+  EXPECT_EQ(graph->Disconnect(In(addOne.Get())), VFW_E_NOT_STOPPED);
+  int32_t code = 0;
+  EXPECT_EQ(graph->WaitForCompletion(kGenerousMs, &code), S_OK);
+  ASSERT_EQ(graph->Stop(), S_OK);
+  EXPECT_EQ(graph->WaitForCompletion(0, &code), VFW_E_WRONG_STATE);
+}
+
+// A transform that reconnects its output whenever its input connects, as a filter does whose
+// output type follows the input.
+class ReconnectingFilter : public AddOneFilter {
+ public:
+  HRESULT CompleteConnect(PIN_DIRECTION direction, IPin* pin) override {
+    if (direction == PINDIR_INPUT && OutputPin()->IsConnected()) {
+      Graph()->Reconnect(OutputPin());
+    }
+    return AddOneFilter::CompleteConnect(direction, pin);
+  }
+};
+
+TEST_F(PipelineTest, ReconnectRenegotiatesAndKeepsConnection) {
+  auto upper = MakeCom<ReconnectingFilter>();
+  Add(source.Get(), u"Source");
+  Add(upper.Get(), u"Upper");
+  Add(addOne.Get(), u"AddOne");
+  Add(sink.Get(), u"Sink");
+  ASSERT_EQ(graph->ConnectDirect(Out(source.Get()), In(upper.Get()), nullptr), S_OK);
+  ASSERT_EQ(graph->ConnectDirect(Out(upper.Get(), 1), In(addOne.Get()), nullptr), S_OK);
+  ASSERT_EQ(graph->ConnectDirect(Out(addOne.Get(), 1), In(sink.Get()), nullptr), S_OK);
+  EXPECT_EQ(addOne->completions_[PINDIR_INPUT], 1);
+
+  // The input connects again: the output is reconnected from inside that connection.
+  ASSERT_EQ(graph->Reconnect(In(upper.Get())), S_OK);
+  EXPECT_EQ(addOne->completions_[PINDIR_INPUT], 2);
+  EXPECT_EQ(upper->completions_[PINDIR_OUTPUT], 2);
+  EXPECT_TRUE(upper->OutputPin()->IsConnected());
+  RunToEnd();
+  EXPECT_EQ(sink->Frames().size(), 4u);  // AddOne drops 2, which upper made from 1
+}
+
+TEST_F(PipelineTest, ConnectUsesFilterInGraphBeforeRegisteredOnes) {
+  RegisterFilter(kToRgbClsid, u"Converter", MERIT_PREFERRED, MEDIASUBTYPE_YUY2,
+                 [] { return MakeCom<ToRgbFilter>(); });
+  auto rgbSink = MakeCom<RecordingSink>(MEDIASUBTYPE_RGB32);
+  auto inGraph = MakeCom<ToRgbFilter>();
+  Add(source.Get(), u"Source");
+  Add(rgbSink.Get(), u"RGB");
+  Add(inGraph.Get(), u"InGraph");
+  ASSERT_EQ(graph->Connect(Out(source.Get()), In(rgbSink.Get())), S_OK);
+  EXPECT_EQ(created, 0);
+  EXPECT_TRUE(inGraph->OutputPin()->IsConnected());
+
+  // With no free converter left in the graph, the registered one is made and added.
+  auto source2 = MakeCom<CountingSource>(1);
+  auto rgbSink2 = MakeCom<RecordingSink>(MEDIASUBTYPE_RGB32);
+  Add(source2.Get(), u"Source");
+  Add(rgbSink2.Get(), u"RGB");
+  ASSERT_EQ(graph->Connect(Out(source2.Get()), In(rgbSink2.Get())), S_OK);
+  EXPECT_EQ(created, 1);
+  ComPtr<IBaseFilter> converter;
+  EXPECT_EQ(graph->FindFilterByName(u"Converter", converter.ReleaseAndGetAddressOf()), S_OK);
+
+  // A connection that works directly takes no filter.
+  auto source3 = MakeCom<CountingSource>(1);
+  Add(source3.Get(), u"Source");
+  Add(sink.Get(), u"Sink");
+  ASSERT_EQ(graph->Connect(Out(source3.Get()), In(sink.Get())), S_OK);
+  EXPECT_EQ(created, 1);
+}
+
+TEST_F(PipelineTest, RenderBuildsChainFromRegisteredFilters) {
+  RegisterFilter(MakeGuid("11111111-0000-4000-8000-0000000000FF"), u"Unwanted", MERIT_DO_NOT_USE,
+                 GUID_NULL, [] { return MakeCom<RecordingSink>(); });
+  RegisterFilter(kSinkClsid, u"Sink", MERIT_UNLIKELY, GUID_NULL,
+                 [] { return MakeCom<RecordingSink>(MEDIASUBTYPE_RGB32); });
+  RegisterFilter(kToRgbClsid, u"Converter", MERIT_NORMAL, MEDIASUBTYPE_YUY2,
+                 [] { return MakeCom<ToRgbFilter>(); });
+  Add(source.Get(), u"Source");
+
+  // The converter has the higher merit; it stays because the sink renders its output.
+  ASSERT_EQ(graph->Render(Out(source.Get())), S_OK);
+  EXPECT_EQ(created, 2);
+  ComPtr<IBaseFilter> added;
+  ASSERT_EQ(graph->FindFilterByName(u"Converter", added.ReleaseAndGetAddressOf()), S_OK);
+  ASSERT_EQ(graph->FindFilterByName(u"Sink", added.ReleaseAndGetAddressOf()), S_OK);
+  EXPECT_EQ(graph->FindFilterByName(u"Unwanted", added.ReleaseAndGetAddressOf()), VFW_E_NOT_FOUND);
+  RunToEnd();
+}
+
+TEST_F(PipelineTest, InPlaceFilterPassesSamplesOn) {
+  class Marker : public TransformInPlaceFilter {
+   public:
+    Marker() : TransformInPlaceFilter(kAddOneClsid) {}
+    HRESULT CheckInputType(const AM_MEDIA_TYPE&) override { return S_OK; }
+    HRESULT Transform(IMediaSample* sample) override {
+      uint8_t* data = nullptr;
+      sample->GetPointer(&data);
+      data[0] = static_cast<uint8_t>(data[0] + 100);
+      return S_OK;
+    }
+  };
+  auto marker = MakeCom<Marker>();
+  Add(source.Get(), u"Source");
+  Add(marker.Get(), u"Marker");
+  Add(sink.Get(), u"Sink");
+  ASSERT_EQ(graph->ConnectDirect(Out(source.Get()), In(marker.Get()), nullptr), S_OK);
+  ASSERT_EQ(graph->ConnectDirect(Out(marker.Get(), 1), In(sink.Get()), nullptr), S_OK);
+  RunToEnd();
+  const auto frames = sink->Frames();
+  ASSERT_EQ(frames.size(), 5u);
+  EXPECT_EQ(frames[4].firstByte, 104);
+  EXPECT_EQ(frames[4].start, 4 * kFrameTime);
+}
+
+}  // namespace
+}  // namespace korvalin::host::testing

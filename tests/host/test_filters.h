@@ -1,0 +1,224 @@
+#pragma once
+
+// Small filters that exercise the host: a source counting frames, a transform adding one to
+// every byte, and a sink that records what reaches it.
+
+#include <cstring>
+#include <mutex>
+#include <vector>
+
+#include "host/base_filter.h"
+#include "host/input_pin.h"
+#include "host/media_guids.h"
+#include "host/source_filter.h"
+#include "host/transform_filter.h"
+
+namespace korvalin::host::testing {
+
+inline constexpr CLSID kSourceClsid = MakeGuid("11111111-0000-4000-8000-000000000001");
+inline constexpr CLSID kAddOneClsid = MakeGuid("11111111-0000-4000-8000-000000000002");
+inline constexpr CLSID kSinkClsid = MakeGuid("11111111-0000-4000-8000-000000000003");
+inline constexpr REFERENCE_TIME kFrameTime = 400000;
+
+// A YUY2 VIDEOINFOHEADER type of a tiny picture.
+inline AM_MEDIA_TYPE VideoType(const GUID& subtype = MEDIASUBTYPE_YUY2, int width = 4,
+                               int height = 2) {
+  VIDEOINFOHEADER vih;
+  vih.AvgTimePerFrame = kFrameTime;
+  vih.bmiHeader.biWidth = width;
+  vih.bmiHeader.biHeight = height;
+  vih.bmiHeader.biBitCount = 16;
+  vih.bmiHeader.biCompression = subtype.Data1;
+  vih.bmiHeader.biSizeImage = GetBitmapSize(vih.bmiHeader);
+  AM_MEDIA_TYPE type;
+  type.majortype = MEDIATYPE_Video;
+  type.subtype = subtype;
+  type.formattype = FORMAT_VideoInfo;
+  type.lSampleSize = vih.bmiHeader.biSizeImage;
+  SetFormatBlock(&type, vih);
+  return type;
+}
+
+inline HRESULT SizeBuffers(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request, uint32_t size) {
+  request->cBuffers = 2;
+  request->cbBuffer = static_cast<int32_t>(size);
+  ALLOCATOR_PROPERTIES actual;
+  return allocator->SetProperties(request, &actual);
+}
+
+class CountingStream : public SourceStream {
+ public:
+  CountingStream(BaseFilter* filter, int frames) : SourceStream(filter, u"Out"), frames_(frames) {}
+
+  HRESULT CheckMediaType(const AM_MEDIA_TYPE& type) override {
+    return MediaTypesEqual(type, VideoType()) ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+  }
+  HRESULT GetMediaType(int position, AM_MEDIA_TYPE* type) override {
+    if (position != 0) return VFW_S_NO_MORE_ITEMS;
+    *type = VideoType();
+    return S_OK;
+  }
+  HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
+    return SizeBuffers(allocator, request, mt_.lSampleSize);
+  }
+  HRESULT OnThreadStartPlay() override {
+    next_ = 0;
+    return DeliverNewSegment(kFrameTime, kFrameTime * (frames_ + 1), 1.0);
+  }
+  HRESULT FillBuffer(IMediaSample* sample) override {
+    if (next_ == frames_) return S_FALSE;
+    uint8_t* data = nullptr;
+    sample->GetPointer(&data);
+    std::memset(data, next_, static_cast<std::size_t>(sample->GetSize()));
+    sample->SetActualDataLength(sample->GetSize());
+    REFERENCE_TIME start = next_ * kFrameTime, end = start + kFrameTime;
+    sample->SetTime(&start, &end);
+    sample->SetSyncPoint(true);
+    ++next_;
+    return S_OK;
+  }
+
+ private:
+  int frames_;
+  int next_ = 0;
+};
+
+class CountingSource : public SourceFilter {
+ public:
+  explicit CountingSource(int frames) : SourceFilter(kSourceClsid) {
+    AddStream(std::make_unique<CountingStream>(this, frames));
+  }
+};
+
+// Adds one to every byte; drops the frames whose first byte is `dropValue`.
+class AddOneFilter : public TransformFilter {
+ public:
+  explicit AddOneFilter(int dropValue = -1)
+      : TransformFilter(kAddOneClsid), dropValue_(dropValue) {}
+
+  HRESULT CheckInputType(const AM_MEDIA_TYPE& type) override {
+    return type.subtype == MEDIASUBTYPE_YUY2 && type.formattype == FORMAT_VideoInfo
+               ? S_OK
+               : VFW_E_TYPE_NOT_ACCEPTED;
+  }
+  HRESULT CheckTransform(const AM_MEDIA_TYPE& in, const AM_MEDIA_TYPE& out) override {
+    return MediaTypesEqual(in, out) ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+  }
+  HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
+    return SizeBuffers(allocator, request, OutputPin()->CurrentMediaType().lSampleSize);
+  }
+  HRESULT GetMediaType(int position, AM_MEDIA_TYPE* type) override {
+    if (!InputPin()->IsConnected()) return E_UNEXPECTED;
+    if (position != 0) return VFW_S_NO_MORE_ITEMS;
+    return CopyMediaType(type, InputPin()->CurrentMediaType());
+  }
+  HRESULT Transform(IMediaSample* in, IMediaSample* out) override {
+    uint8_t *from = nullptr, *to = nullptr;
+    in->GetPointer(&from);
+    out->GetPointer(&to);
+    if (from[0] == dropValue_) return S_FALSE;
+    for (int32_t i = 0; i < in->GetActualDataLength(); ++i)
+      to[i] = static_cast<uint8_t>(from[i] + 1);
+    out->SetActualDataLength(in->GetActualDataLength());
+    REFERENCE_TIME start, end;
+    if (in->GetTime(&start, &end) == S_OK) out->SetTime(&start, &end);
+    return S_OK;
+  }
+  HRESULT CompleteConnect(PIN_DIRECTION direction, IPin* pin) override {
+    ++completions_[direction];
+    return TransformFilter::CompleteConnect(direction, pin);
+  }
+
+  int completions_[2] = {0, 0};
+
+ private:
+  int dropValue_;
+};
+
+class RecordingSink;
+
+class RecordingPin : public RenderedInputPin {
+ public:
+  RecordingPin(RecordingSink* sink, BaseFilter* filter)
+      : RenderedInputPin(filter, u"In"), sink_(sink) {}
+  HRESULT CheckMediaType(const AM_MEDIA_TYPE& type) override;
+  HRESULT Receive(IMediaSample* sample) override;
+  HRESULT NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
+
+ private:
+  RecordingSink* sink_;
+};
+
+// Records the first byte and the start time of each sample.
+class RecordingSink : public BaseFilter {
+ public:
+  explicit RecordingSink(GUID subtype = MEDIASUBTYPE_YUY2)
+      : BaseFilter(kSinkClsid), subtype_(subtype), pin_(this, this) {}
+
+  int GetPinCount() override { return 1; }
+  BasePin* GetPin(int index) override { return index == 0 ? &pin_ : nullptr; }
+  RecordingPin* Pin() { return &pin_; }
+
+  struct Frame {
+    int firstByte;
+    REFERENCE_TIME start;
+  };
+  std::vector<Frame> Frames() {
+    std::lock_guard lock(recordLock_);
+    return frames_;
+  }
+
+  GUID subtype_;
+  std::mutex recordLock_;
+  std::vector<Frame> frames_;
+  REFERENCE_TIME segmentStart_ = -1;
+
+ private:
+  RecordingPin pin_;
+};
+
+inline HRESULT RecordingPin::CheckMediaType(const AM_MEDIA_TYPE& type) {
+  return type.subtype == sink_->subtype_ ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+}
+
+inline HRESULT RecordingPin::Receive(IMediaSample* sample) {
+  const HRESULT hr = RenderedInputPin::Receive(sample);
+  if (hr != S_OK) return hr;
+  uint8_t* data = nullptr;
+  sample->GetPointer(&data);
+  REFERENCE_TIME start = -1, end = -1;
+  sample->GetTime(&start, &end);
+  std::lock_guard lock(sink_->recordLock_);
+  sink_->frames_.push_back({data[0], start});
+  return S_OK;
+}
+
+inline HRESULT RecordingPin::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+  std::lock_guard lock(sink_->recordLock_);
+  sink_->segmentStart_ = start;
+  return RenderedInputPin::NewSegment(start, stop, rate);
+}
+
+}  // namespace korvalin::host::testing
+
+namespace korvalin::host::testing {
+
+inline constexpr CLSID kToRgbClsid = MakeGuid("11111111-0000-4000-8000-000000000004");
+
+// Relabels YUY2 frames as RGB32: a converter the graph builder can put before an RGB sink.
+class ToRgbFilter : public AddOneFilter {
+ public:
+  HRESULT CheckTransform(const AM_MEDIA_TYPE& in, const AM_MEDIA_TYPE& out) override {
+    return out.subtype == MEDIASUBTYPE_RGB32 && CheckInputType(in) == S_OK
+               ? S_OK
+               : VFW_E_TYPE_NOT_ACCEPTED;
+  }
+  HRESULT GetMediaType(int position, AM_MEDIA_TYPE* type) override {
+    if (!InputPin()->IsConnected()) return E_UNEXPECTED;
+    if (position != 0) return VFW_S_NO_MORE_ITEMS;
+    *type = VideoType(MEDIASUBTYPE_RGB32);
+    return S_OK;
+  }
+};
+
+}  // namespace korvalin::host::testing
