@@ -10,6 +10,10 @@
 #include "subtitles/readers/microdvd_reader.h"
 #include "subtitles/readers/ssa_reader.h"
 #include "subtitles/readers/subrip_reader.h"
+#include "subtitles/readers/aqtitle_reader.h"
+#include "subtitles/readers/dvdsubtitle_reader.h"
+#include "subtitles/readers/realtext_reader.h"
+#include "subtitles/readers/tmplayer_reader.h"
 #include "subtitles/readers/subviewer_v1_reader.h"
 #include "subtitles/readers/subviewer_v2_reader.h"
 
@@ -27,6 +31,10 @@ struct ReaderByFormat {
 // below by being listed here.
 constexpr ReaderByFormat kReaders[] = {
     {"SubRip", ReadSubRip},
+    {"AqTitle", ReadAqTitle},
+    {"DVDSubtitle", ReadDvdSubtitle},
+    {"RealText", ReadRealText},
+    {"TMPlayer", ReadTmPlayer},
     {"SubViewer 2.0", ReadSubViewer2},
     {"SubViewer 1.0", ReadSubViewer1},
     {"MicroDVD", ReadMicroDvd},
