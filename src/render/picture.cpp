@@ -11,7 +11,9 @@ Picture::Picture(int32_t w, int32_t h) {
   pixels.assign(static_cast<std::size_t>(w) * static_cast<std::size_t>(h), 0);
 }
 
-Picture::~Picture() { FreePixels(); }
+Picture::~Picture() {
+  FreePixels();
+}
 
 void Picture::FreePixels() {
   std::vector<uint8_t>().swap(pixels);
@@ -47,8 +49,8 @@ int Picture::CropToContent() {
   if (cw == width && ch == height) return 0;
   std::vector<uint8_t> cropped(static_cast<std::size_t>(cw) * static_cast<std::size_t>(ch));
   for (int32_t y = 0; y < ch; ++y) {
-    const uint8_t* src = pixels.data() + static_cast<std::size_t>(top + y) * w +
-                         static_cast<std::size_t>(left);
+    const uint8_t* src =
+        pixels.data() + static_cast<std::size_t>(top + y) * w + static_cast<std::size_t>(left);
     std::copy(src, src + cw, cropped.begin() + static_cast<std::ptrdiff_t>(y) * cw);
   }
   pixels.swap(cropped);

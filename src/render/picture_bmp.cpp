@@ -18,7 +18,9 @@ constexpr uint16_t kBitmapType = 19778;  // "BM"
 // Largest file read: enough for the largest picture at 24 bits with its headers.
 constexpr long kMaxFileBytes = 256L * 1024 * 1024;
 
-uint16_t U16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | (p[1] << 8)); }
+uint16_t U16(const uint8_t* p) {
+  return static_cast<uint16_t>(p[0] | (p[1] << 8));
+}
 uint32_t U32(const uint8_t* p) {
   return static_cast<uint32_t>(p[0]) | (static_cast<uint32_t>(p[1]) << 8) |
          (static_cast<uint32_t>(p[2]) << 16) | (static_cast<uint32_t>(p[3]) << 24);
@@ -59,11 +61,20 @@ int Picture::LoadBitmapBytes(const uint8_t* data, std::size_t size) {
 
   std::size_t paletteEntries = 0;
   switch (bits) {
-    case 24: paletteEntries = 0; break;
-    case 8: paletteEntries = 256; break;
-    case 4: paletteEntries = 16; break;
-    case 1: paletteEntries = 2; break;
-    default: return -1;
+    case 24:
+      paletteEntries = 0;
+      break;
+    case 8:
+      paletteEntries = 256;
+      break;
+    case 4:
+      paletteEntries = 16;
+      break;
+    case 1:
+      paletteEntries = 2;
+      break;
+    default:
+      return -1;
   }
   const std::size_t paletteStart = kFileHeaderSize + kInfoHeaderSize;
   if (size - paletteStart < paletteEntries * 4) return -1;
@@ -76,10 +87,18 @@ int Picture::LoadBitmapBytes(const uint8_t* data, std::size_t size) {
   const std::size_t uw = static_cast<std::size_t>(w);
   std::size_t rowBytes = 0;
   switch (bits) {
-    case 24: rowBytes = uw * 3; break;
-    case 8: rowBytes = uw; break;
-    case 4: rowBytes = (uw + 1) / 2; break;
-    default: rowBytes = (uw + 7) / 8; break;
+    case 24:
+      rowBytes = uw * 3;
+      break;
+    case 8:
+      rowBytes = uw;
+      break;
+    case 4:
+      rowBytes = (uw + 1) / 2;
+      break;
+    default:
+      rowBytes = (uw + 7) / 8;
+      break;
   }
   const std::size_t stride = (rowBytes + 3) / 4 * 4;
   const std::size_t uh = static_cast<std::size_t>(h);
@@ -93,8 +112,12 @@ int Picture::LoadBitmapBytes(const uint8_t* data, std::size_t size) {
     uint8_t* dst = out.data() + (uh - 1 - fileRow) * uw;  // bottom-up
     for (std::size_t x = 0; x < uw; ++x) {
       switch (bits) {
-        case 24: dst[x] = Luma(src[x * 3 + 2], src[x * 3 + 1], src[x * 3]); break;
-        case 8: dst[x] = paletteLuma[src[x]]; break;
+        case 24:
+          dst[x] = Luma(src[x * 3 + 2], src[x * 3 + 1], src[x * 3]);
+          break;
+        case 8:
+          dst[x] = paletteLuma[src[x]];
+          break;
         case 4: {
           const uint8_t byte = src[x / 2];
           dst[x] = paletteLuma[(x % 2 == 0) ? (byte >> 4) : (byte & 0x0F)];

@@ -22,10 +22,8 @@ struct PatternSpec {
 };
 
 constexpr PatternSpec kPatterns[5] = {
-    {{1, 1, 0, 1, 2, 0, 1, 0, 0}, 28},
-    {{1, 1, 1, 1, 2, 0, 1, 0, 0}, 30},
-    {{2, 1, 0, 1, 2, 2, 0, 2, 2}, 15},
-    {{1, 1, 0, 1, 2, 0, 1, 1, 2}, 20},
+    {{1, 1, 0, 1, 2, 0, 1, 0, 0}, 28}, {{1, 1, 1, 1, 2, 0, 1, 0, 0}, 30},
+    {{2, 1, 0, 1, 2, 2, 0, 2, 2}, 15}, {{1, 1, 0, 1, 2, 0, 1, 1, 2}, 20},
     {{1, 1, 1, 1, 2, 0, 1, 1, 1}, 20},
 };
 
@@ -33,14 +31,22 @@ constexpr PatternSpec kPatterns[5] = {
 // the written pattern.
 constexpr int Source(int orientation, int r, int c) {
   switch (orientation) {
-    case 0: return r * 3 + c;                  // as written
-    case 1: return r * 3 + (2 - c);            // mirrored left-right
-    case 2: return (2 - r) * 3 + c;            // mirrored top-bottom
-    case 3: return (2 - r) * 3 + (2 - c);      // turned half round
-    case 4: return c * 3 + r;                  // transposed
-    case 5: return c * 3 + (2 - r);            // turned a quarter one way
-    case 6: return (2 - c) * 3 + r;            // turned a quarter the other way
-    default: return (2 - c) * 3 + (2 - r);     // transposed across the other diagonal
+    case 0:
+      return r * 3 + c;  // as written
+    case 1:
+      return r * 3 + (2 - c);  // mirrored left-right
+    case 2:
+      return (2 - r) * 3 + c;  // mirrored top-bottom
+    case 3:
+      return (2 - r) * 3 + (2 - c);  // turned half round
+    case 4:
+      return c * 3 + r;  // transposed
+    case 5:
+      return c * 3 + (2 - r);  // turned a quarter one way
+    case 6:
+      return (2 - c) * 3 + r;  // turned a quarter the other way
+    default:
+      return (2 - c) * 3 + (2 - r);  // transposed across the other diagonal
   }
 }
 

@@ -16,6 +16,7 @@
 #include "subtitles/readers/tmplayer_reader.h"
 #include "subtitles/readers/subviewer_v1_reader.h"
 #include "subtitles/readers/subviewer_v2_reader.h"
+#include "subtitles/readers/vobsub_reader.h"
 
 namespace korvalin {
 namespace {
@@ -35,6 +36,7 @@ constexpr ReaderByFormat kReaders[] = {
     {"DVDSubtitle", ReadDvdSubtitle},
     {"RealText", ReadRealText},
     {"TMPlayer", ReadTmPlayer},
+    {"VobSub", ReadVobSub},
     {"SubViewer 2.0", ReadSubViewer2},
     {"SubViewer 1.0", ReadSubViewer1},
     {"MicroDVD", ReadMicroDvd},

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "base/std_file.h"
+#include "render/picture.h"
+
+namespace korvalin {
+
+// The luma (1 to 255) of each of the 16 palette colours of a VobSub file (Part 4.9), and
+// whether a palette was read at all.
+struct LumaPalette {
+  std::array<uint8_t, 16> luma{};
+  bool read = false;
+};
+
+// Size of one MPEG-2 program stream pack of a VobSub ".sub" file.
+inline constexpr std::size_t kSubpicturePackSize = 2048;
+
+// ReadSubpicture of Part 6.5: reads the DVD subpicture unit whose first pack begins at
+// offset in file, assembles it across packs (packs of other streams skipped), runs its
+// control commands and decodes its interlaced run-length-coded pixels into picture (one
+// luma byte per pixel of the display area, 0 transparent). duration receives the display
+// time in ms from the second control sequence's delay, 0 when there is none.
+// Returns 0, or -1 on failure (offset from 2^31 on or negative, seek or read failure, a
+// first pack that is not a time-stamped private-stream-1 subpicture pack, scrambled data,
+// a unit size below 4, a control offset below 4, an unknown command).
+// Damaged units never read or write outside the assembled unit or the picture: a command
+// whose operands run past the unit's end ends the command reading, a code that runs past
+// the unit's end ends the decoding, a display area whose end lies before its start leaves
+// the picture empty.
+int ReadSubpicture(Picture& picture, int32_t& duration, int64_t offset, StdFile& file,
+                   const LumaPalette& palette);
+
+// Steps 4 to 6 on an assembled unit: unit holds the unit from its fifth byte on (unit
+// offset o at position o - 4), controlOffset is the unit header's control offset.
+// Returns 0 or -1 as ReadSubpicture.
+int DecodeSubpictureUnit(const uint8_t* unit, std::size_t size, uint32_t controlOffset,
+                         const LumaPalette& palette, Picture& picture, int32_t& duration);
+
+}  // namespace korvalin
