@@ -40,7 +40,6 @@ TEST(LoadSubtitleFile, ChoosesReadersByExtension) {
       {"e.sub", kSubRip, 0, "SubRip"},
       {"f.idx", kSubRip, -1, ""},
       {"g.smi", kSubRip, -1, ""},  // only its own reader is tried
-      {"h.srt", "garbage\n", -1, ""},
       {"i.srt", "", 1, ""},
   };
   for (const auto& c : cases) {
@@ -50,6 +49,15 @@ TEST(LoadSubtitleFile, ChoosesReadersByExtension) {
     EXPECT_EQ(track.formatName, c.format) << c.name;
     EXPECT_EQ(track.entries.IsEmpty(), c.result != 0) << c.name;
   }
+}
+
+TEST(LoadSubtitleFile, FileNoReaderAcceptsLeavesTheTrackReset) {
+  const TempFolder folder;
+  SubtitleTrack track;
+  const std::string path = folder.Write("h.srt", "1\n00:00:01,000 --> 00:00:02,000\nx\n\n0\n");
+  EXPECT_NE(LoadSubtitleFile(track, path.c_str()), 0);
+  EXPECT_TRUE(track.entries.IsEmpty());  // SubRip's partial entry is gone
+  EXPECT_EQ(track.fileName, "");
 }
 
 TEST(LoadSubtitleFile, NullOrEmptyPathLeavesTheTrackReset) {
