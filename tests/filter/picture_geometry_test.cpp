@@ -29,6 +29,8 @@ struct Case {
   FrameGeometry expected;  // copyWidth, inputLeft, left, right, outW, outH, top
 };
 
+void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
+
 const Case kCases[] = {
     {"BandsForSubtitles", [](Settings& s) { s.bFill2 = 1; }, 640, 272, true,
      {640, 0, 0, 0, 640, 480, 104}},
