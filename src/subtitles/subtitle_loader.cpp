@@ -10,6 +10,7 @@
 #include "subtitles/readers/microdvd_reader.h"
 #include "subtitles/readers/ssa_reader.h"
 #include "subtitles/readers/subrip_reader.h"
+#include "subtitles/readers/sami_reader.h"
 #include "subtitles/readers/aqtitle_reader.h"
 #include "subtitles/readers/dvdsubtitle_reader.h"
 #include "subtitles/readers/realtext_reader.h"
@@ -32,6 +33,7 @@ struct ReaderByFormat {
 // below by being listed here.
 constexpr ReaderByFormat kReaders[] = {
     {"SubRip", ReadSubRip},
+    {"SAMI", ReadSami},
     {"AqTitle", ReadAqTitle},
     {"DVDSubtitle", ReadDvdSubtitle},
     {"RealText", ReadRealText},
