@@ -293,19 +293,17 @@ void FilterGraph::ResetCompletion() {
 }
 
 HRESULT FilterGraph::Notify(int32_t code, intptr_t param1, intptr_t param2) {
-  {
-    std::lock_guard lock(eventLock_);
-    if (code == EC_COMPLETE) {
-      // One EC_COMPLETE for the graph, once the last renderer is done.
-      if (completed_ || --renderersLeft_ > 0) return S_OK;
-      completed_ = true;
-      completionCode_ = EC_COMPLETE;
-    } else if (code == EC_ERRORABORT || code == EC_USERABORT) {
-      if (!completed_) completionCode_ = code;
-      completed_ = true;
-    }
-    events_.push_back({code, param1, param2});
+  std::lock_guard lock(eventLock_);
+  if (code == EC_COMPLETE) {
+    // One EC_COMPLETE for the graph, once the last renderer is done.
+    if (completed_ || --renderersLeft_ > 0) return S_OK;
+    completed_ = true;
+    completionCode_ = EC_COMPLETE;
+  } else if (code == EC_ERRORABORT || code == EC_USERABORT) {
+    if (!completed_) completionCode_ = code;
+    completed_ = true;
   }
+  events_.push_back({code, param1, param2});
   eventArrived_.notify_all();
   return S_OK;
 }

@@ -46,10 +46,11 @@ void SourceStream::StreamLoop() {
     if (hr == S_OK) hr = Deliver(sample.Get());
     if (hr == S_FALSE) return;  // downstream wants no more
   }
-  // A failure while stopping is the stop itself, not an error of the stream.
+  // A failure while stopping is the stop itself, not an error of the stream. The abort goes
+  // first, so that the run ends with it rather than with the end of stream that follows.
   if (FAILED(hr) && !stopRequested_) {
-    DeliverEndOfStream();
     Filter()->NotifyEvent(EC_ERRORABORT, hr, 0);
+    DeliverEndOfStream();
   }
 }
 

@@ -2,11 +2,10 @@
 
 namespace korvalin::host {
 
+// Notifying under the lock: a waiter may destroy the object as soon as it can see the change.
 void Event::Set() {
-  {
-    std::lock_guard lock(mutex_);
-    set_ = true;
-  }
+  std::lock_guard lock(mutex_);
+  set_ = true;
   changed_.notify_all();
 }
 
@@ -23,10 +22,8 @@ bool Event::Wait(std::chrono::milliseconds timeout) {
 }
 
 void Semaphore::Release(int64_t count) {
-  {
-    std::lock_guard lock(mutex_);
-    count_ += count;
-  }
+  std::lock_guard lock(mutex_);
+  count_ += count;
   changed_.notify_all();
 }
 

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "host/filter_graph.h"
 #include "host/pin_helpers.h"
 #include "host/transform_in_place_filter.h"
@@ -76,6 +79,60 @@ TEST_F(PipelineTest, SamplesFlowThroughTransformToEndOfStream) {
   sink->frames_.clear();
   RunToEnd();
   EXPECT_EQ(sink->Frames().size(), 4u);
+}
+
+TEST_F(PipelineTest, StopWhileStreamingReturnsAndRunsAgain) {
+  auto endless = MakeCom<CountingSource>(1 << 30);
+  Add(endless.Get(), u"Source");
+  Add(addOne.Get(), u"AddOne");
+  Add(sink.Get(), u"Sink");
+  ASSERT_EQ(graph->Connect(Out(endless.Get()), In(addOne.Get())), S_OK);
+  ASSERT_EQ(graph->Connect(Out(addOne.Get(), 1), In(sink.Get())), S_OK);
+  for (int run = 0; run < 2; ++run) {
+    sink->frames_.clear();
+    ASSERT_EQ(graph->Run(), S_OK);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (sink->Frames().size() < 3 && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::yield();
+    }
+    EXPECT_GE(sink->Frames().size(), 3u);
+    int32_t code = 0;
+    EXPECT_EQ(graph->WaitForCompletion(0, &code), E_ABORT);
+    EXPECT_EQ(graph->Stop(), S_OK);  // wakes the source waiting for a buffer
+  }
+}
+
+TEST_F(PipelineTest, FailingSourceAbortsTheRun) {
+  auto failing = MakeCom<CountingSource>(5, 2);
+  Add(failing.Get(), u"Source");
+  Add(sink.Get(), u"Sink");
+  ASSERT_EQ(graph->Connect(Out(failing.Get()), In(sink.Get())), S_OK);
+  ASSERT_EQ(graph->Run(), S_OK);
+  int32_t code = 0;
+  ASSERT_EQ(graph->WaitForCompletion(kGenerousMs, &code), S_OK);
+  EXPECT_EQ(code, EC_ERRORABORT);
+  intptr_t param1 = 0, param2 = 0;
+  ASSERT_EQ(graph->GetEvent(&code, &param1, &param2, kGenerousMs), S_OK);
+  EXPECT_EQ(code, EC_ERRORABORT);
+  EXPECT_EQ(param1, E_FAIL);
+  EXPECT_EQ(graph->Stop(), S_OK);
+  EXPECT_EQ(sink->Frames().size(), 2u);
+}
+
+TEST_F(PipelineTest, DurationComesFromUpstreamThroughPassThrough) {
+  Add(source.Get(), u"Source");
+  Add(sink.Get(), u"Sink");
+  auto position = QueryAs<IMediaPosition>(static_cast<IBaseFilter*>(sink.Get()));
+  ASSERT_TRUE(position);
+  double seconds = 0;
+  EXPECT_EQ(position->get_Duration(&seconds), VFW_E_NOT_CONNECTED);
+  ASSERT_EQ(graph->Connect(Out(source.Get()), In(sink.Get())), S_OK);
+  ASSERT_EQ(position->get_Duration(&seconds), S_OK);
+  EXPECT_DOUBLE_EQ(seconds, 0.2);
+  // The pass-through is part of the sink: asking it for the filter gives the sink.
+  EXPECT_EQ(QueryAs<IBaseFilter>(position.Get()).Get(), static_cast<IBaseFilter*>(sink.Get()));
+  ASSERT_EQ(graph->get_Duration(&seconds), S_OK);
+  EXPECT_DOUBLE_EQ(seconds, 0.2);
 }
 
 TEST_F(PipelineTest, SameNameGetsBlankAndNumber) {

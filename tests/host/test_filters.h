@@ -10,6 +10,7 @@
 #include "host/base_filter.h"
 #include "host/input_pin.h"
 #include "host/media_guids.h"
+#include "host/position_pass_through.h"
 #include "host/source_filter.h"
 #include "host/transform_filter.h"
 
@@ -48,7 +49,8 @@ inline HRESULT SizeBuffers(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* reque
 
 class CountingStream : public SourceStream {
  public:
-  CountingStream(BaseFilter* filter, int frames) : SourceStream(filter, u"Out"), frames_(frames) {}
+  CountingStream(BaseFilter* filter, int frames, int failAt)
+      : SourceStream(filter, u"Out"), frames_(frames), failAt_(failAt) {}
 
   HRESULT CheckMediaType(const AM_MEDIA_TYPE& type) override {
     return MediaTypesEqual(type, VideoType()) ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
@@ -67,6 +69,7 @@ class CountingStream : public SourceStream {
   }
   HRESULT FillBuffer(IMediaSample* sample) override {
     if (next_ == frames_) return S_FALSE;
+    if (next_ == failAt_) return E_FAIL;
     uint8_t* data = nullptr;
     sample->GetPointer(&data);
     std::memset(data, next_, static_cast<std::size_t>(sample->GetSize()));
@@ -80,14 +83,30 @@ class CountingStream : public SourceStream {
 
  private:
   int frames_;
+  int failAt_;
   int next_ = 0;
 };
 
-class CountingSource : public SourceFilter {
+// Sends `frames` samples, each holding its index in every byte, and knows their duration;
+// fails the stream at frame `failAt`.
+class CountingSource : public SourceFilter, public IMediaPosition {
  public:
-  explicit CountingSource(int frames) : SourceFilter(kSourceClsid) {
-    AddStream(std::make_unique<CountingStream>(this, frames));
+  explicit CountingSource(int frames, int failAt = -1)
+      : SourceFilter(kSourceClsid), frames_(frames) {
+    AddStream(std::make_unique<CountingStream>(this, frames, failAt));
   }
+  HRESULT NonDelegatingQueryInterface(const IID& iid, void** out) override {
+    if (out && iid == IID_IMediaPosition)
+      return GetInterface(static_cast<IMediaPosition*>(this), out);
+    return SourceFilter::NonDelegatingQueryInterface(iid, out);
+  }
+  HRESULT get_Duration(double* seconds) override {
+    *seconds = frames_ * kFrameTime / 1e7;
+    return S_OK;
+  }
+
+ private:
+  int frames_;
 };
 
 // Adds one to every byte; drops the frames whose first byte is `dropValue`.
@@ -155,6 +174,14 @@ class RecordingSink : public BaseFilter {
   explicit RecordingSink(GUID subtype = MEDIASUBTYPE_YUY2)
       : BaseFilter(kSinkClsid), subtype_(subtype), pin_(this, this) {}
 
+  HRESULT NonDelegatingQueryInterface(const IID& iid, void** out) override {
+    if (out && iid == IID_IMediaPosition) {
+      if (!position_) position_ = InnerPtr<PositionPassThrough>::Make(this, &pin_);
+      return position_->NonDelegatingQueryInterface(iid, out);
+    }
+    return BaseFilter::NonDelegatingQueryInterface(iid, out);
+  }
+
   int GetPinCount() override { return 1; }
   BasePin* GetPin(int index) override { return index == 0 ? &pin_ : nullptr; }
   RecordingPin* Pin() { return &pin_; }
@@ -175,6 +202,7 @@ class RecordingSink : public BaseFilter {
 
  private:
   RecordingPin pin_;
+  InnerPtr<PositionPassThrough> position_;
 };
 
 inline HRESULT RecordingPin::CheckMediaType(const AM_MEDIA_TYPE& type) {
