@@ -5,8 +5,7 @@
 #include <memory>
 
 #include "base/std_file.h"
-#include "subtitles/line_reader.h"
-#include "subtitles/subtitle_file.h"
+#include "subtitles/readers/text_reader_support.h"
 #include "subtitles/time_scanners.h"
 
 namespace korvalin {
@@ -17,40 +16,34 @@ constexpr char kArrow[] = " --> ";
 
 class SubRipParser {
  public:
-  SubRipParser(SubtitleTrack& track, StdFile& file) : track_(track), file_(file) {}
+  SubRipParser(SubtitleTrack& track, StdFile& file) : track_(track), input_(file, kLineSize) {}
 
   // 0 at the normal end of the file, -1 at the first block that is not SubRip.
   int ReadBlocks() {
     while (true) {
       if (!NextNonBlankLine()) return 0;
-      if (std::strtol(line_, nullptr, 10) == 0) return -1;  // atol without its overflow
-      if (!NextLine()) return -1;
+      if (std::strtol(input_.line(), nullptr, 10) == 0) return -1;  // atol without its overflow
+      if (!input_.Next()) return -1;
       int32_t start = 0;
       int32_t stop = 0;
-      if (!ScanTimeLine(&start, &stop)) return -1;
+      if (!ScanTimeLine(input_.line(), &start, &stop)) return -1;
       track_.AddEntry(std::make_unique<SubtitleEntry>(start, stop, ReadText().c_str()));
     }
   }
 
  private:
-  bool NextLine() {
-    if (ReadLine(file_, line_, kLineSize) != 0) return false;
-    RemoveLineFeed(line_);
-    return true;
-  }
-
   bool NextNonBlankLine() {
-    while (NextLine()) {
-      if (line_[0] != '\0') return true;
+    while (input_.Next()) {
+      if (input_.line()[0] != '\0') return true;
     }
     return false;
   }
 
-  bool ScanTimeLine(int32_t* start, int32_t* stop) {
-    char* arrow = std::strstr(line_, kArrow);
+  static bool ScanTimeLine(char* line, int32_t* start, int32_t* stop) {
+    char* arrow = std::strstr(line, kArrow);
     if (!arrow) return false;
     *arrow = '\0';  // the start time ends at the arrow
-    *start = ScanCommaMillisTime(line_);
+    *start = ScanCommaMillisTime(line);
     *stop = ScanCommaMillisTime(arrow + std::strlen(kArrow));
     return *start != -1 && *stop != -1;
   }
@@ -59,27 +52,23 @@ class SubRipParser {
   DynString ReadText() {
     DynString text("");
     bool first = true;
-    while (NextLine() && line_[0] != '\0') {
+    while (input_.Next() && input_.line()[0] != '\0') {
       if (!first) text.AppendChar('\n');
-      text.Append(line_);
+      text.Append(input_.line());
       first = false;
     }
     return text;
   }
 
   SubtitleTrack& track_;
-  StdFile& file_;
-  char line_[kLineSize] = {};
+  LineInput input_;
 };
 
 }  // namespace
 
 int ReadSubRip(SubtitleTrack& track, const char* path) {
-  track.Reset();
   StdFile file;
-  if (!path || OpenSubtitleFile(file, path, "rt") != 0) return -1;
-  track.fileName.Assign(path);
-  track.formatName.Assign("SubRip");
+  if (BeginReading(track, file, path, "rt", "SubRip") != 0) return -1;
   SubRipParser parser(track, file);
   if (parser.ReadBlocks() != 0) return -1;
   file.Close();
