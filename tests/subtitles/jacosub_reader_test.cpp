@@ -5,21 +5,15 @@
 #include <string>
 
 #include "loader_detection_entries.h"
-#include "temp_folder.h"
 
 namespace korvalin {
 namespace {
 
-using testing::DescribeEntries;
-using testing::TempFolder;
+using testing::ExpectReaderCases;
+using testing::ReaderCase;
 
 TEST(JacoSubReader, ReadsTimedLinesAndWorksOutTheirCodes) {
-  const struct {
-    const char* name;
-    std::string bytes;
-    int result;
-    std::string entries;
-  } cases[] = {
+  const ReaderCase cases[] = {
       {"line break", "0:00:01.00 0:00:03.50 D Hello\\nWorld\n", 0, "1000-3500:Hello/World|"},
       {"comment", "0:00:01.00 0:00:02.00 D Billy{an actor} said\n", 0, "1000-2000:Billy said|"},
       {"hard space and escaped tilde", "0:00:01.00 0:00:02.00 D a~b\\~c\n", 0,
@@ -41,14 +35,7 @@ TEST(JacoSubReader, ReadsTimedLinesAndWorksOutTheirCodes) {
       {"frame timing", "100 200 D x\n", -1, ""},
       {"prefixed time", "@0:00:01.00 0:00:02.00 D x\n", -1, ""},
   };
-  const TempFolder folder;
-  for (const auto& c : cases) {
-    const std::string path = folder.Write("case.js", c.bytes);
-    SubtitleTrack track;
-    EXPECT_EQ(ReadJacoSub(track, path.c_str()), c.result) << c.name;
-    EXPECT_EQ(DescribeEntries(track), c.entries) << c.name;
-    EXPECT_EQ(track.formatName, "JACOsub") << c.name;
-  }
+  ExpectReaderCases(ReadJacoSub, "JACOsub", "case.js", cases);
 }
 
 }  // namespace

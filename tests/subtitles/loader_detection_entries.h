@@ -1,8 +1,12 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <span>
 #include <string>
 
 #include "subtitles/subtitle_track.h"
+#include "temp_folder.h"
 
 namespace korvalin::testing {
 
@@ -20,6 +24,30 @@ inline std::string DescribeEntries(const SubtitleTrack& track) {
     out += std::to_string(e->start) + "-" + std::to_string(e->stop) + ":" + text + "|";
   }
   return out;
+}
+
+// One file's bytes and what a reader must make of them.
+struct ReaderCase {
+  const char* name;
+  std::string bytes;
+  int result;
+  std::string entries;
+  int32_t fileDelay = 0;
+};
+
+// Reads each case written as fileName and checks the result, the entries, the file delay
+// and the format name the reader gives the track.
+inline void ExpectReaderCases(int (*read)(SubtitleTrack&, const char*), const char* format,
+                              const char* fileName, std::span<const ReaderCase> cases) {
+  const TempFolder folder;
+  for (const ReaderCase& c : cases) {
+    const std::string path = folder.Write(fileName, c.bytes);
+    SubtitleTrack track;
+    EXPECT_EQ(read(track, path.c_str()), c.result) << c.name;
+    EXPECT_EQ(DescribeEntries(track), c.entries) << c.name;
+    EXPECT_EQ(track.fileDelay, c.fileDelay) << c.name;
+    EXPECT_EQ(track.formatName, format) << c.name;
+  }
 }
 
 }  // namespace korvalin::testing

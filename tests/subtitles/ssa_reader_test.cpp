@@ -11,18 +11,15 @@ namespace korvalin {
 namespace {
 
 using testing::DescribeEntries;
+using testing::ExpectReaderCases;
+using testing::ReaderCase;
 using testing::TempFolder;
 
 constexpr const char* kV4Dialogue =
     "Dialogue: Marked=0,0:00:01.00,0:00:04.00,Default,,0000,0000,0000,,Hello\\NWorld\n";
 
 TEST(SsaReader, ReadsDialogueEvents) {
-  const struct {
-    const char* name;
-    std::string bytes;
-    int result;
-    std::string entries;
-  } cases[] = {
+  const ReaderCase cases[] = {
       {"version 4", std::string("[Script Info]\nScriptType: v4.00\n[Events]\n") + kV4Dialogue, 0,
        "1000-4000:Hello/World|"},
       {"no script type: a leading comma goes", kV4Dialogue, 0, "1000-4000:Hello/World|"},
@@ -49,14 +46,7 @@ TEST(SsaReader, ReadsDialogueEvents) {
       {"too few commas", "Dialogue: 0,0:00:01.00,0:00:02.00,a,b\n", -1, ""},
       {"start does not scan", "Dialogue: 0,soon,0:00:02.00,a,b,0,0,0,x\n", -1, ""},
   };
-  const TempFolder folder;
-  for (const auto& c : cases) {
-    const std::string path = folder.Write("case.ssa", c.bytes);
-    SubtitleTrack track;
-    EXPECT_EQ(ReadSubStationAlpha(track, path.c_str()), c.result) << c.name;
-    EXPECT_EQ(DescribeEntries(track), c.entries) << c.name;
-    EXPECT_EQ(track.formatName, "Sub Station Alpha") << c.name;
-  }
+  ExpectReaderCases(ReadSubStationAlpha, "Sub Station Alpha", "case.ssa", cases);
 }
 
 // A 3 x 2 bitmap at 24 bits per pixel, bottom-up, rows padded to four bytes.

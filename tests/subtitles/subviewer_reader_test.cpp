@@ -5,34 +5,14 @@
 #include "loader_detection_entries.h"
 #include "subtitles/readers/subviewer_v1_reader.h"
 #include "subtitles/readers/subviewer_v2_reader.h"
-#include "temp_folder.h"
 
 namespace korvalin {
 namespace {
 
-using testing::DescribeEntries;
-using testing::TempFolder;
+using testing::ExpectReaderCases;
+using testing::ReaderCase;
 
 constexpr int32_t kEnd = OpenEnd;
-
-struct ReaderCase {
-  const char* name;
-  std::string bytes;
-  int result;
-  std::string entries;
-  int32_t fileDelay = 0;
-};
-
-void ExpectReads(int (*read)(SubtitleTrack&, const char*), const char* format,
-                 const ReaderCase& c) {
-  const TempFolder folder;
-  const std::string path = folder.Write("case.sub", c.bytes);
-  SubtitleTrack track;
-  EXPECT_EQ(read(track, path.c_str()), c.result) << c.name;
-  EXPECT_EQ(DescribeEntries(track), c.entries) << c.name;
-  EXPECT_EQ(track.fileDelay, c.fileDelay) << c.name;
-  EXPECT_EQ(track.formatName, format) << c.name;
-}
 
 TEST(SubViewer2Reader, ReadsTimeTextSeparatorTriplesAfterTheHeader) {
   const std::string header = "[INFORMATION]\n[TITLE]x\n[END INFORMATION]\n[SUBTITLE]\n";
@@ -58,7 +38,7 @@ TEST(SubViewer2Reader, ReadsTimeTextSeparatorTriplesAfterTheHeader) {
       {"MicroDVD", "{1}{25}Hello, world\n", -1, ""},
       {"SubViewer 1.0", "[00:00:01]\nHello\n", -1, ""},
   };
-  for (const ReaderCase& c : cases) ExpectReads(ReadSubViewer2, "SubViewer 2.0", c);
+  ExpectReaderCases(ReadSubViewer2, "SubViewer 2.0", "case.sub", cases);
 }
 
 TEST(SubViewer1Reader, ReadsTimeAndTextPairsEndingAtTheNextTime) {
@@ -80,7 +60,7 @@ TEST(SubViewer1Reader, ReadsTimeAndTextPairsEndingAtTheNextTime) {
       {"only tag pairs", "[TITLE]\nFilm\n[AUTHOR]\nMe\n", 1, ""},
       {"empty file", "", 1, ""},
   };
-  for (const ReaderCase& c : cases) ExpectReads(ReadSubViewer1, "SubViewer 1.0", c);
+  ExpectReaderCases(ReadSubViewer1, "SubViewer 1.0", "case.sub", cases);
 }
 
 TEST(SubViewerReaders, UnopenableFileGivesMinusOne) {
