@@ -26,7 +26,7 @@ inline constexpr std::size_t kSubpicturePackSize = 2048;
 // time in ms from the second control sequence's delay, 0 when there is none.
 // Returns 0, or -1 on failure (offset from 2^31 on or negative, seek or read failure, a
 // first pack that is not a time-stamped private-stream-1 subpicture pack, scrambled data,
-// a unit size below 4, a control offset below 4, an unknown command).
+// a unit size below 4, an unknown command).
 // Damaged units never read or write outside the assembled unit or the picture: a command
 // whose operands run past the unit's end ends the command reading, a code that runs past
 // the unit's end ends the decoding, a display area whose end lies before its start leaves
@@ -35,7 +35,8 @@ int ReadSubpicture(Picture& picture, int32_t& duration, int64_t offset, StdFile&
                    const LumaPalette& palette);
 
 // Steps 4 to 6 on an assembled unit: unit holds the unit from its fifth byte on (unit
-// offset o at position o - 4), controlOffset is the unit header's control offset.
+// offset o at position o - 4), controlOffset is the unit header's control offset, which
+// Part 6.5 uses as a buffer position (the first command of the first control sequence).
 // Returns 0 or -1 as ReadSubpicture.
 int DecodeSubpictureUnit(const uint8_t* unit, std::size_t size, uint32_t controlOffset,
                          const LumaPalette& palette, Picture& picture, int32_t& duration);

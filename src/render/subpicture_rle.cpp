@@ -156,10 +156,10 @@ void DecodePixels(const uint8_t* unit, std::size_t size, int64_t controlPosition
 int DecodeSubpictureUnit(const uint8_t* unit, std::size_t size, uint32_t controlOffset,
                          const LumaPalette& palette, Picture& picture, int32_t& duration) {
   picture.FreePixels();
-  // Left to the implementer: a control offset inside the unit header has no buffer
-  // position.
-  if (controlOffset < 4) return -1;
-  const std::size_t controlPosition = controlOffset - 4;
+  // As Part 6.5 has it, the control offset is used as a buffer position: the commands start
+  // there (the first command of the first sequence, after its delay and next offset), and
+  // pixel decoding stops when a field's read position reaches it.
+  const std::size_t controlPosition = controlOffset;
   DisplayControl ctl;
   if (controlPosition < size && ReadControl(unit, size, controlPosition, ctl, duration) != 0) {
     return -1;
