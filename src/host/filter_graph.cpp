@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <set>
 
 #include "host/list_enumerator.h"
@@ -220,14 +221,19 @@ HRESULT FilterGraph::Pause() {
     if (!clockChosen_) SetDefaultSyncSource();
     ResetCompletion();
   }
+  return ChangeState(State_Paused, [](IBaseFilter* filter) { return filter->Pause(); });
+}
+
+HRESULT FilterGraph::ChangeState(FILTER_STATE target,
+                                 const std::function<HRESULT(IBaseFilter*)>& change) {
   for (const ComPtr<IBaseFilter>& filter : DownstreamFirst()) {
-    const HRESULT hr = filter->Pause();
+    const HRESULT hr = change(filter.Get());
     if (FAILED(hr)) {
       Stop();
       return hr;
     }
   }
-  state_ = State_Paused;
+  state_ = target;
   return S_OK;
 }
 
@@ -248,15 +254,7 @@ HRESULT FilterGraph::Run(REFERENCE_TIME start) {
     const HRESULT hr = Pause();
     if (FAILED(hr)) return hr;
   }
-  for (const ComPtr<IBaseFilter>& filter : DownstreamFirst()) {
-    const HRESULT hr = filter->Run(start);
-    if (FAILED(hr)) {
-      Stop();
-      return hr;
-    }
-  }
-  state_ = State_Running;
-  return S_OK;
+  return ChangeState(State_Running, [start](IBaseFilter* filter) { return filter->Run(start); });
 }
 
 HRESULT FilterGraph::Stop() {

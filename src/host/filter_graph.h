@@ -2,7 +2,9 @@
 
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -92,9 +94,13 @@ class FilterGraph : public UnknownBase,
   std::vector<ComPtr<IBaseFilter>> DownstreamFirst() const;
   std::vector<ComPtr<IBaseFilter>> Snapshot() const;
   void ResetCompletion();
+  // Changes every filter's state, downstream first; the first failure stops the graph.
+  HRESULT ChangeState(FILTER_STATE target, const std::function<HRESULT(IBaseFilter*)>& change);
 
   // Intelligent connection (graph_builder.cpp). `target` null renders.
   HRESULT ConnectThrough(IPin* output, IPin* target, int depth);
+  // Tries the filters in the graph not tried yet, adding them to `tried`.
+  HRESULT ConnectThroughGraph(IPin* output, IPin* target, int depth, std::set<IBaseFilter*>* tried);
   HRESULT ConnectThroughFilter(IPin* output, IBaseFilter* filter, IPin* target, int depth);
   HRESULT ContinueFrom(IBaseFilter* filter, IPin* target, int depth);
 

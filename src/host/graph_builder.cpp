@@ -1,5 +1,6 @@
 // Intelligent connection: how the graph puts filters between two pins.
 
+#include <set>
 #include <vector>
 
 #include "host/filter_graph.h"
@@ -42,17 +43,15 @@ HRESULT FilterGraph::Render(IPin* output) {
 }
 
 // Filters already in the graph first, in the order they were added, then registered
-// filters by merit; each is kept only when the chain reaches the target through it.
+// filters by merit; each is kept only when the chain reaches the target through it. A
+// registered filter that fails may still have put another filter into the graph (a loader
+// does just that): such a newcomer is tried before the next registered filter.
 HRESULT FilterGraph::ConnectThrough(IPin* output, IPin* target, int depth) {
   const HRESULT failure = target ? VFW_E_CANNOT_CONNECT : VFW_E_CANNOT_RENDER;
   if (depth >= kMaxChain) return failure;
-  const ComPtr<IBaseFilter> from = OwnerOf(output);
-  const ComPtr<IBaseFilter> to = OwnerOf(target);
-
-  for (const ComPtr<IBaseFilter>& filter : Snapshot()) {
-    if (filter == from || filter == to) continue;
-    if (SUCCEEDED(ConnectThroughFilter(output, filter.Get(), target, depth))) return S_OK;
-  }
+  std::set<IBaseFilter*> tried = {OwnerOf(output).Get(), OwnerOf(target).Get()};
+  std::vector<ComPtr<IBaseFilter>> failed;  // alive, so no new filter reuses a tried address
+  if (SUCCEEDED(ConnectThroughGraph(output, target, depth, &tried))) return S_OK;
 
   for (const FactoryTemplate& entry : registry_->FiltersAccepting(OfferedTypes(output))) {
     void* raw = nullptr;
@@ -60,10 +59,22 @@ HRESULT FilterGraph::ConnectThrough(IPin* output, IPin* target, int depth) {
     ComPtr<IBaseFilter> filter;
     filter.Attach(static_cast<IBaseFilter*>(raw));
     if (FAILED(AddFilter(filter.Get(), entry.name))) continue;
+    tried.insert(filter.Get());
     if (SUCCEEDED(ConnectThroughFilter(output, filter.Get(), target, depth))) return S_OK;
     RemoveFilter(filter.Get());
+    failed.push_back(std::move(filter));
+    if (SUCCEEDED(ConnectThroughGraph(output, target, depth, &tried))) return S_OK;
   }
   return failure;
+}
+
+HRESULT FilterGraph::ConnectThroughGraph(IPin* output, IPin* target, int depth,
+                                         std::set<IBaseFilter*>* tried) {
+  for (const ComPtr<IBaseFilter>& filter : Snapshot()) {
+    if (!tried->insert(filter.Get()).second) continue;
+    if (SUCCEEDED(ConnectThroughFilter(output, filter.Get(), target, depth))) return S_OK;
+  }
+  return VFW_E_CANNOT_CONNECT;
 }
 
 HRESULT FilterGraph::ConnectThroughFilter(IPin* output, IBaseFilter* filter, IPin* target,

@@ -267,6 +267,33 @@ TEST_F(PipelineTest, ConnectUsesFilterInGraphBeforeRegisteredOnes) {
   EXPECT_EQ(created, 1);
 }
 
+// A filter that never connects but puts a converter into the graph when asked to, as a
+// loader does.
+class LoaderFilter : public AddOneFilter {
+ public:
+  HRESULT CheckConnect(PIN_DIRECTION direction, IPin*) override {
+    if (direction == PINDIR_INPUT) Graph()->AddFilter(MakeCom<ToRgbFilter>().Get(), u"Loaded");
+    return E_FAIL;
+  }
+};
+
+TEST_F(PipelineTest, FilterPlacedByFailedCandidateIsTriedBeforeNextRegistered) {
+  RegisterFilter(kAddOneClsid, u"Loader", MERIT_PREFERRED + 1, GUID_NULL,
+                 [] { return MakeCom<LoaderFilter>(); });
+  RegisterFilter(kToRgbClsid, u"Converter", MERIT_PREFERRED, MEDIASUBTYPE_YUY2,
+                 [] { return MakeCom<ToRgbFilter>(); });
+  auto rgbSink = MakeCom<RecordingSink>(MEDIASUBTYPE_RGB32);
+  Add(source.Get(), u"Source");
+  Add(rgbSink.Get(), u"RGB");
+  ASSERT_EQ(graph->Connect(Out(source.Get()), In(rgbSink.Get())), S_OK);
+  EXPECT_EQ(created, 1);  // the loader; its converter did the job
+  ComPtr<IBaseFilter> filter;
+  EXPECT_EQ(graph->FindFilterByName(u"Loaded", filter.ReleaseAndGetAddressOf()), S_OK);
+  EXPECT_EQ(graph->FindFilterByName(u"Loader", filter.ReleaseAndGetAddressOf()), VFW_E_NOT_FOUND);
+  RunToEnd();
+  EXPECT_EQ(rgbSink->Frames().size(), 5u);
+}
+
 TEST_F(PipelineTest, RenderBuildsChainFromRegisteredFilters) {
   RegisterFilter(MakeGuid("11111111-0000-4000-8000-0000000000FF"), u"Unwanted", MERIT_DO_NOT_USE,
                  GUID_NULL, [] { return MakeCom<RecordingSink>(); });
