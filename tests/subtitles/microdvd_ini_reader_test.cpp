@@ -71,6 +71,7 @@ TEST_F(MicroDvdIniReader, FindsTheNamedFile) {
       {"absolute folder", "DIRECTORY=" + (folder_.path() / "subs").string() + "\n", "Deep.TXT"},
       {"other letter case", "Directory=./subs/\n", "deep.txt"},
       {"backslashes", "Directory=.\n", "subs\\deep.txt"},
+      {"folder in other letters", "Directory=SUBS\n", "deep.txt"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(Read("a.ini", kHeader + std::string("[SUBTITLES]\n") + c.directory +

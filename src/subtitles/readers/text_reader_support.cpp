@@ -1,5 +1,6 @@
 #include "subtitles/readers/text_reader_support.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -52,8 +53,19 @@ std::string FindNamedFile(const char* name) {
   std::string path(name ? name : "");
   std::error_code error;
   if (path.empty() || std::filesystem::exists(path, error)) return path;
-  for (char& c : path) c = c == '\\' ? '/' : c;
-  return platform::FindFileNoCase(path);
+  std::replace(path.begin(), path.end(), '\\', '/');
+  // Part by part, so that folders written in other letters are found as well.
+  std::string found = path.front() == '/' ? "/" : "";
+  for (std::size_t start = 0; start < path.size();) {
+    std::size_t end = path.find('/', start);
+    if (end == std::string::npos) end = path.size();
+    if (end > start) {
+      if (!found.empty() && found.back() != '/') found += '/';
+      found = platform::FindFileNoCase(found + path.substr(start, end - start));
+    }
+    start = end + 1;
+  }
+  return found;
 }
 
 }  // namespace korvalin

@@ -41,7 +41,7 @@ bool StartsWithNoCase(const char* text, std::string_view prefix);
 void RemoveBraceGroups(DynString& text);
 
 // The file a subtitle file names (a picture, another subtitle file), written for Windows:
-// the name itself when it exists, else the name with "\" read as "/" and its last part
+// the name itself when it exists, else the name with "\" read as "/" and each of its parts
 // matched without regard to letter case.
 std::string FindNamedFile(const char* name);
 
