@@ -9,9 +9,8 @@ namespace korvalin::host {
 BaseFilter::BaseFilter(const CLSID& clsid, IUnknown* outer) : UnknownBase(outer), clsid_(clsid) {}
 
 HRESULT BaseFilter::NonDelegatingQueryInterface(const IID& iid, void** out) {
-  if (out && (iid == IID_IBaseFilter || iid == IID_IMediaFilter)) {
-    return GetInterface(static_cast<IBaseFilter*>(this), out);
-  }
+  if (out && iid == IID_IBaseFilter) return GetInterface(static_cast<IBaseFilter*>(this), out);
+  if (out && iid == IID_IMediaFilter) return GetInterface(static_cast<IMediaFilter*>(this), out);
   return UnknownBase::NonDelegatingQueryInterface(iid, out);
 }
 

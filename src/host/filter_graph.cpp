@@ -43,9 +43,9 @@ FilterGraph::~FilterGraph() {
 
 HRESULT FilterGraph::NonDelegatingQueryInterface(const IID& iid, void** out) {
   if (!out) return E_POINTER;
-  if (iid == IID_IFilterGraph || iid == IID_IGraphBuilder || iid == IID_IFilterGraph2) {
-    return GetInterface(static_cast<IFilterGraph2*>(this), out);
-  }
+  if (iid == IID_IFilterGraph) return GetInterface(static_cast<IFilterGraph*>(this), out);
+  if (iid == IID_IGraphBuilder) return GetInterface(static_cast<IGraphBuilder*>(this), out);
+  if (iid == IID_IFilterGraph2) return GetInterface(static_cast<IFilterGraph2*>(this), out);
   if (iid == IID_IMediaControl) return GetInterface(static_cast<IMediaControl*>(this), out);
   if (iid == IID_IMediaFilter) return GetInterface(static_cast<IMediaFilter*>(this), out);
   if (iid == IID_IMediaEvent) return GetInterface(static_cast<IMediaEvent*>(this), out);
@@ -82,12 +82,13 @@ HRESULT FilterGraph::AddFilter(IBaseFilter* filter, std::u16string_view name) {
   if (!filter) return E_POINTER;
   std::lock_guard lock(lock_);
   if (Contains(filter)) return E_INVALIDARG;
-  const std::u16string unique = UniqueName(name.empty() ? u"Filter" : name);
+  const std::u16string_view wanted = name.empty() ? u"Filter" : name;
+  const std::u16string unique = UniqueName(wanted);
   const HRESULT hr = filter->JoinFilterGraph(static_cast<IFilterGraph*>(this), unique);
   if (FAILED(hr)) return hr;
   filters_.push_back({ComPtr<IBaseFilter>(filter), unique});
   if (clockChosen_) filter->SetSyncSource(clock_.Get());
-  return unique == name ? S_OK : VFW_S_DUPLICATE_NAME;
+  return unique == wanted ? S_OK : VFW_S_DUPLICATE_NAME;
 }
 
 void FilterGraph::DisconnectAll(IBaseFilter* filter) {

@@ -32,14 +32,12 @@ HRESULT TransformFilter::Stop() {
   if (IsStopped()) return S_OK;
   TransformInputPin* input = InputPin();
   TransformOutputPin* output = OutputPin();
-  if (!input->IsConnected() || !output->IsConnected()) {
-    state_ = State_Stopped;
-    return S_OK;
-  }
-  input->Inactive();  // frees a Receive that waits for an output buffer
-  std::lock_guard streaming(receiveLock_);
-  output->Inactive();
-  const HRESULT hr = StopStreaming();
+  // Streaming ran only with both pins connected: connections do not change until stopped.
+  const bool streaming = input->IsConnected() && output->IsConnected();
+  if (input->IsConnected()) input->Inactive();  // frees a Receive waiting for a buffer
+  std::lock_guard streamingLock(receiveLock_);
+  if (output->IsConnected()) output->Inactive();
+  const HRESULT hr = streaming ? StopStreaming() : S_OK;
   state_ = State_Stopped;
   return hr;
 }

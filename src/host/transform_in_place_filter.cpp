@@ -56,6 +56,18 @@ HRESULT TransformInPlaceFilter::DecideBufferSize(IMemAllocator* allocator,
   return allocator->SetProperties(request, &actual);
 }
 
+HRESULT TransformInPlaceFilter::CompleteConnect(PIN_DIRECTION direction, IPin* /*pin*/) {
+  TransformInputPin* input = InputPin();
+  if (direction == PINDIR_OUTPUT && input->IsConnected() &&
+      input->Allocator() != OutputPin()->Allocator()) {
+    if (auto graph = QueryAs<IFilterGraph2>(Graph())) {
+      // The same type again; the upstream now gets the downstream's allocator from our input.
+      graph->ReconnectEx(input, &input->CurrentMediaType());
+    }
+  }
+  return S_OK;
+}
+
 HRESULT TransformInPlaceFilter::Receive(IMediaSample* sample) {
   ComPtr<IMediaSample> target(sample);
   if (InputPin()->Allocator() != OutputPin()->Allocator()) {

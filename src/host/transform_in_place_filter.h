@@ -6,8 +6,9 @@ namespace korvalin::host {
 
 // A transform that changes samples where they lie (or only the declared format) and passes
 // the same sample on. Its input pin hands upstream the allocator of the pin downstream, so
-// the upstream filter writes straight into the downstream's buffers; when the two
-// connections ended up with different allocators, each sample is first copied.
+// the upstream filter writes straight into the downstream's buffers: when the output
+// connects after the input, the input is reconnected to pick that allocator up. When the
+// two connections still use different allocators, each sample is first copied.
 class TransformInPlaceFilter : public TransformFilter {
  public:
   using TransformFilter::Transform;
@@ -25,6 +26,8 @@ class TransformInPlaceFilter : public TransformFilter {
   // The input connection's allocator properties, or one buffer of the output sample size.
   HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override;
   HRESULT Receive(IMediaSample* sample) override;
+  // Derived filters call this when they override it.
+  HRESULT CompleteConnect(PIN_DIRECTION direction, IPin* pin) override;
 
  private:
   // A copy of `sample` in a buffer of the output allocator.

@@ -31,7 +31,8 @@ struct IUnknown {
   virtual ~IUnknown() = default;
 };
 
-// Hands out `iface` through a QueryInterface out-pointer with a reference added.
+// Hands out `iface` through a QueryInterface out-pointer with a reference added. `iface` must
+// be a pointer of the very interface asked for: the caller casts the void* back to it.
 template <class Interface>
 HRESULT GetInterface(Interface* iface, void** out) {
   *out = iface;

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "host/filter_graph.h"
+#include "host/mem_allocator.h"
 #include "host/pin_helpers.h"
 #include "host/transform_in_place_filter.h"
 #include "test_filters.h"
@@ -331,11 +332,34 @@ TEST_F(PipelineTest, InPlaceFilterPassesSamplesOn) {
   Add(sink.Get(), u"Sink");
   ASSERT_EQ(graph->ConnectDirect(Out(source.Get()), In(marker.Get()), nullptr), S_OK);
   ASSERT_EQ(graph->ConnectDirect(Out(marker.Get(), 1), In(sink.Get()), nullptr), S_OK);
+  // The output's connection made the input reconnect onto the sink's allocator.
+  EXPECT_EQ(marker->InputPin()->Allocator(), sink->Pin()->Allocator());
   RunToEnd();
+
+  // Without a shared allocator (here: no input connection at all) a sample is copied into
+  // an output buffer first, with its times.
+  ASSERT_EQ(graph->Disconnect(Out(source.Get())), S_OK);
+  ASSERT_EQ(graph->Disconnect(In(marker.Get())), S_OK);
+  sink->frames_.clear();
+  auto pool = MakeCom<MemAllocator>();
+  ALLOCATOR_PROPERTIES props{1, 16, 1, 0}, actual;
+  ASSERT_EQ(pool->SetProperties(&props, &actual), S_OK);
+  ASSERT_EQ(pool->Commit(), S_OK);
+  ComPtr<IMediaSample> sample;
+  ASSERT_EQ(pool->GetBuffer(sample.ReleaseAndGetAddressOf(), nullptr, nullptr, 0), S_OK);
+  uint8_t* data = nullptr;
+  sample->GetPointer(&data);
+  data[0] = 4;
+  sample->SetActualDataLength(16);
+  REFERENCE_TIME start = 4 * kFrameTime, end = start + kFrameTime;
+  sample->SetTime(&start, &end);
+  ASSERT_EQ(graph->Pause(), S_OK);
+  ASSERT_EQ(marker->InputPin()->Receive(sample.Get()), S_OK);
+  ASSERT_EQ(graph->Stop(), S_OK);
   const auto frames = sink->Frames();
-  ASSERT_EQ(frames.size(), 5u);
-  EXPECT_EQ(frames[4].firstByte, 104);
-  EXPECT_EQ(frames[4].start, 4 * kFrameTime);
+  ASSERT_EQ(frames.size(), 1u);
+  EXPECT_EQ(frames[0].firstByte, 104);
+  EXPECT_EQ(frames[0].start, 4 * kFrameTime);
 }
 
 }  // namespace
