@@ -1,13 +1,13 @@
 // Feeds arbitrary bytes to the JACOsub reader as a file, then runs the track's clean-up and
 // lookups over whatever it read.
+#include "subtitles/readers/jacosub_reader.h"
+
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
-
-#include "subtitles/readers/jacosub_reader.h"
 
 namespace {
 

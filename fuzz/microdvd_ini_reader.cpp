@@ -1,6 +1,8 @@
 // Feeds arbitrary bytes to the MicroDVD-INI reader as "x.ini" in a private folder that also
 // holds files an INI may name: subtitles in two formats, and "c.ini", which names x.ini back
 // so that cycles are reachable.
+#include "subtitles/readers/microdvd_ini_reader.h"
+
 #include <unistd.h>
 
 #include <cstddef>
@@ -8,8 +10,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
-
-#include "subtitles/readers/microdvd_ini_reader.h"
 
 namespace {
 
@@ -22,8 +22,8 @@ void WriteFile(const std::filesystem::path& path, const std::string& bytes) {
 
 const std::string& InputPath() {
   static const std::string path = [] {
-    const auto folder = std::filesystem::temp_directory_path() /
-                        ("korvalin-fuzz-ini-" + std::to_string(getpid()));
+    const auto folder =
+        std::filesystem::temp_directory_path() / ("korvalin-fuzz-ini-" + std::to_string(getpid()));
     std::filesystem::create_directories(folder / "Subs");
     WriteFile(folder / "a.sub", "{1}{1}25\n{25}{50}a|b\n");
     WriteFile(folder / "Subs" / "B.SRT", "1\n00:00:01,000 --> 00:00:02,000\nb\n");

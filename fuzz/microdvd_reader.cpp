@@ -1,13 +1,13 @@
 // Feeds arbitrary bytes to the MicroDVD reader as a file, converts whatever frames it left
 // with a video frame rate, then runs the track's clean-up and lookups.
+#include "subtitles/readers/microdvd_reader.h"
+
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
-
-#include "subtitles/readers/microdvd_reader.h"
 
 namespace {
 

@@ -1,6 +1,8 @@
 // Feeds arbitrary bytes to the Sub Station Alpha reader as a file, from a private folder
 // that holds a small bitmap "p.bmp" for picture events to find, then runs the track's
 // clean-up and lookups.
+#include "subtitles/readers/ssa_reader.h"
+
 #include <unistd.h>
 
 #include <cstddef>
@@ -9,20 +11,19 @@
 #include <filesystem>
 #include <string>
 
-#include "subtitles/readers/ssa_reader.h"
-
 namespace {
 
-const std::string kBitmap = std::string("BM\x46\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x02\0\0\0\x02\0\0\0"
-                                        "\x01\0\x18\0\0\0\0\0\x10\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0"
-                                        "\xFF\xFF\xFF\0\0\0\0\0\0\0\0\xFF\xFF\xFF\0\0",
-                                        70);
+const std::string kBitmap = std::string(
+    "BM\x46\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x02\0\0\0\x02\0\0\0"
+    "\x01\0\x18\0\0\0\0\0\x10\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0"
+    "\xFF\xFF\xFF\0\0\0\0\0\0\0\0\xFF\xFF\xFF\0\0",
+    70);
 
 // The process's own folder, made current, with the bitmap; the input is rewritten there.
 const std::string& InputPath() {
   static const std::string path = [] {
-    const auto folder = std::filesystem::temp_directory_path() /
-                        ("korvalin-fuzz-ssa-" + std::to_string(getpid()));
+    const auto folder =
+        std::filesystem::temp_directory_path() / ("korvalin-fuzz-ssa-" + std::to_string(getpid()));
     std::filesystem::create_directories(folder);
     std::filesystem::current_path(folder);
     std::FILE* bitmap = std::fopen("p.bmp", "wb");

@@ -8,8 +8,7 @@ namespace korvalin::testing {
 namespace {
 
 std::string Summary(const std::string& format, const std::string& file, int fileDelay,
-                    const std::string& streams, int streamIndex, bool framesPending,
-                    int entries) {
+                    const std::string& streams, int streamIndex, bool framesPending, int entries) {
   return "{\"result\":0,\"format\":\"" + format + "\",\"file\":\"" + file +
          "\",\"fileDelay\":" + std::to_string(fileDelay) + ",\"streams\":[" + streams +
          "],\"streamIndex\":" + std::to_string(streamIndex) +
@@ -55,8 +54,9 @@ TEST(SubsFormatsB, DumpReadsSubStationAlphaAndJacoSub) {
                               .string();
   CliResult r = RunCli({"subs", "dump", ssa}, dir.registry());
   EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out, Summary("Sub Station Alpha", ssa, 0, "", 0, false, 1) +
-                       "{\"start\":1000,\"stop\":2000,\"kind\":\"text\",\"text\":\"Hi\\nthere\"}\n");
+  EXPECT_EQ(r.out,
+            Summary("Sub Station Alpha", ssa, 0, "", 0, false, 1) +
+                "{\"start\":1000,\"stop\":2000,\"kind\":\"text\",\"text\":\"Hi\\nthere\"}\n");
 
   const std::string js = dir.Write("a.js", "#TITLE x\n0:00:01.00 0:00:02.50 D a~b\\nc\n").string();
   r = RunCli({"subs", "dump", js}, dir.registry());

@@ -15,8 +15,7 @@ constexpr const char* kSubRip = "1\n00:00:01,000 --> 00:00:02,000\nHello\n";
 constexpr const char* kSubViewer2 =
     "[INFORMATION]\n[TITLE]Film\n[END INFORMATION]\n[SUBTITLE]\n"
     "00:00:01.00,00:00:02.00\nHello, world\n\n";
-constexpr const char* kSubViewer1 =
-    "[TITLE]\nFilm\n[00:00:01]\nHello, world\n[00:00:02]\n\n";
+constexpr const char* kSubViewer1 = "[TITLE]\nFilm\n[00:00:01]\nHello, world\n[00:00:02]\n\n";
 
 // Each file must pass the readers before it in its extension's row and stop at its own.
 TEST(LoaderDetection, EachRowReachesTheRightReader) {
@@ -52,8 +51,7 @@ TEST(LoaderDetection, EachRowReachesTheRightReader) {
 TEST(LoaderDetection, IniFilesLoadThroughTheirNamedFile) {
   const TempFolder folder;
   folder.Write("movie.txt", kMicroDvd);
-  const std::string ini =
-      "[Micro DVD Ini File]\n[Subtitles]\n1=Lng:English\nFile=movie.txt\n";
+  const std::string ini = "[Micro DVD Ini File]\n[Subtitles]\n1=Lng:English\nFile=movie.txt\n";
   for (const char* name : {"a.ini", "a.MDV"}) {
     SubtitleTrack track;
     EXPECT_EQ(LoadSubtitleFile(track, folder.Write(name, ini).c_str()), 0) << name;

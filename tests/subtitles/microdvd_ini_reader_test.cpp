@@ -90,10 +90,12 @@ TEST_F(MicroDvdIniReader, RejectsWhatDoesNotNameALoadableFile) {
   } cases[] = {
       {"no header", "[Subtitles]\n1=Lng:English\nFile=en.txt\n"},
       {"language without its file", std::string(kHeader) + "[Subtitles]\n1=Lng:English\n"},
-      {"outside the subtitles section", std::string(kHeader) + "[Other]\n1=Lng:English\nFile=en.txt\n"},
+      {"outside the subtitles section",
+       std::string(kHeader) + "[Other]\n1=Lng:English\nFile=en.txt\n"},
       {"file commented out", std::string(kHeader) + "[Subtitles]\n1=Lng:English\n;File=en.txt\n"},
       {"missing file", std::string(kHeader) + "[Subtitles]\n1=Lng:English\nFile=none.txt\n"},
-      {"folder climbing above the root", std::string(kHeader) +
+      {"folder climbing above the root",
+       std::string(kHeader) +
            "[Subtitles]\nDirectory=../../../../../../../../../../..\n1=Lng:English\nFile=en.txt\n"},
       {"names itself", std::string(kHeader) + "[Subtitles]\n1=Lng:Self\nFile=self.ini\n"},
   };
@@ -113,8 +115,8 @@ TEST_F(MicroDvdIniReader, FilesNamingEachOtherFailInsteadOfRecursing) {
 }
 
 TEST_F(MicroDvdIniReader, ALanguageWaitingForItsFileIgnoresTheNext) {
-  ASSERT_EQ(Read("a.ini", std::string(kHeader) +
-                              "[Subtitles]\n1=Lng:English\n2=Lng:French\nFile=fr.txt\n",
+  ASSERT_EQ(Read("a.ini",
+                 std::string(kHeader) + "[Subtitles]\n1=Lng:English\n2=Lng:French\nFile=fr.txt\n",
                  "French"),
             0);
   EXPECT_EQ(StreamNames(track_), (std::vector<std::string>{"English"}));

@@ -25,19 +25,19 @@ TEST(SsaReader, ReadsDialogueEvents) {
       {"no script type: a leading comma goes", kV4Dialogue, 0, "1000-4000:Hello/World|"},
       {"version 4 plus", std::string("scripttype: V4.00+\n") + kV4Dialogue, 0,
        "1000-4000:Hello/World|"},
-      {"version 3", "ScriptType: v3.00\nDialogue: Marked=0,0:00:01.50,0:00:02.00,a,b,0,0,0,x\n",
-       0, "1500-2000:x|"},
+      {"version 3", "ScriptType: v3.00\nDialogue: Marked=0,0:00:01.50,0:00:02.00,a,b,0,0,0,x\n", 0,
+       "1500-2000:x|"},
       {"timer halves times", std::string("Timer: 50.0000\n") + kV4Dialogue, 0,
        "500-2000:Hello/World|"},
-      {"timer 0 is ignored", std::string("Timer: 0\n") + kV4Dialogue, 0,
-       "1000-4000:Hello/World|"},
+      {"timer 0 is ignored", std::string("Timer: 0\n") + kV4Dialogue, 0, "1000-4000:Hello/World|"},
       {"timer with a decimal comma", "Timer: 100,0000\n" + std::string(kV4Dialogue), 0,
        "1000-4000:Hello/World|"},
       {"small n breaks too, codes go, commas stay",
        "Dialogue: 0,0:00:01.00,0:00:02.00,a,b,0,0,0,{\\i1}a, b\\nc{\\i0}, d\n", 0,
        "1000-2000:a, b/c, d|"},
-      {"sorted", "dialogue: 0,0:00:09.00,0:00:10.00,a,b,0,0,0,late\n"
-                 "DIALOGUE: 0,0:00:01.00,0:00:02.00,a,b,0,0,0,early\n",
+      {"sorted",
+       "dialogue: 0,0:00:09.00,0:00:10.00,a,b,0,0,0,late\n"
+       "DIALOGUE: 0,0:00:01.00,0:00:02.00,a,b,0,0,0,early\n",
        0, "1000-2000:early|9000-10000:late|"},
       {"format and other lines ignored",
        "Format: Marked, Start, End, Text\nComment: 0,x\nStyle: a,b\n", 1, ""},
@@ -65,10 +65,10 @@ TEST(SsaReader, PictureEventsLoadTheNamedBitmapOrStayEmpty) {
   const std::string bitmap = folder.Write("Pic.BMP", TinyBitmap());
   const std::string missing = (folder.path() / "none.bmp").string();
   const std::string lowerCase = (folder.path() / "pic.bmp").string();
-  const std::string path = folder.Write(
-      "p.ssa", "Picture: 0,0:00:01.00,0:00:02.00,a,b,0,0,0," + bitmap + "\n" +
-                   "Picture: 0,0:00:03.00,0:00:04.00,a,b,0,0,0," + missing + "\n" +
-                   "Picture: 0,0:00:05.00,0:00:06.00,a,b,0,0,0," + lowerCase + "\n");
+  const std::string path =
+      folder.Write("p.ssa", "Picture: 0,0:00:01.00,0:00:02.00,a,b,0,0,0," + bitmap + "\n" +
+                                "Picture: 0,0:00:03.00,0:00:04.00,a,b,0,0,0," + missing + "\n" +
+                                "Picture: 0,0:00:05.00,0:00:06.00,a,b,0,0,0," + lowerCase + "\n");
   SubtitleTrack track;
   ASSERT_EQ(ReadSubStationAlpha(track, path.c_str()), 0);
   EXPECT_EQ(DescribeEntries(track),

@@ -112,8 +112,8 @@ class SsaParser {
     // With eight fields a version 4 line's empty effect field leaves a comma in front.
     std::size_t commas = 0;
     while (text.c_str()[commas] == ',') ++commas;
-    track_.AddEntry(std::make_unique<SubtitleEntry>(fields.start, fields.stop,
-                                                    text.c_str() + commas));
+    track_.AddEntry(
+        std::make_unique<SubtitleEntry>(fields.start, fields.stop, text.c_str() + commas));
   }
 
   // Kept even when the bitmap does not load: the entry then simply draws nothing.
