@@ -138,7 +138,7 @@ HRESULT FilterGraph::ConnectDirect(IPin* output, IPin* input, const AM_MEDIA_TYP
   if (DirectionOf(output) != PINDIR_OUTPUT || DirectionOf(input) != PINDIR_INPUT) {
     return VFW_E_INVALID_DIRECTION;
   }
-  return output->Connect(input, type);
+  return WhileConnecting([&] { return output->Connect(input, type); });
 }
 
 HRESULT FilterGraph::Reconnect(IPin* pin) {
@@ -148,17 +148,38 @@ HRESULT FilterGraph::Reconnect(IPin* pin) {
 HRESULT FilterGraph::ReconnectEx(IPin* pin, const AM_MEDIA_TYPE* type) {
   if (!pin) return E_POINTER;
   std::lock_guard lock(lock_);
-  ComPtr<IPin> other = ConnectedPin(pin);
-  if (!other) return VFW_E_NOT_CONNECTED;
+  if (!ConnectedPin(pin)) return VFW_E_NOT_CONNECTED;
   if (state_ != State_Stopped) return VFW_E_NOT_STOPPED;
-  ComPtr<IPin> output(pin), input(other);
-  if (DirectionOf(pin) == PINDIR_INPUT) std::swap(output, input);
-  // The type goes with the call: a type taken from the connection would be freed with it.
-  AM_MEDIA_TYPE proposed;
-  if (type) CopyMediaType(&proposed, *type);
+  // The type is copied: one taken from the connection would go with it.
+  PendingReconnect reconnect{ComPtr<IPin>(pin), type != nullptr, type ? *type : AM_MEDIA_TYPE{}};
+  if (connecting_ > 0) {
+    pendingReconnects_.push_back(std::move(reconnect));
+    return S_OK;
+  }
+  return WhileConnecting([&] { return ReconnectNow(reconnect); });
+}
+
+HRESULT FilterGraph::WhileConnecting(const std::function<HRESULT()>& connect) {
+  ++connecting_;
+  const HRESULT hr = connect();
+  if (--connecting_ == 0) {
+    while (!pendingReconnects_.empty()) {
+      const PendingReconnect next = std::move(pendingReconnects_.front());
+      pendingReconnects_.pop_front();
+      WhileConnecting([&] { return ReconnectNow(next); });
+    }
+  }
+  return hr;
+}
+
+HRESULT FilterGraph::ReconnectNow(const PendingReconnect& reconnect) {
+  ComPtr<IPin> output = reconnect.pin;
+  ComPtr<IPin> input = ConnectedPin(output.Get());
+  if (!input) return VFW_E_NOT_CONNECTED;
+  if (DirectionOf(output.Get()) == PINDIR_INPUT) std::swap(output, input);
   output->Disconnect();
   input->Disconnect();
-  return output->Connect(input.Get(), type ? &proposed : nullptr);
+  return output->Connect(input.Get(), reconnect.hasType ? &reconnect.type : nullptr);
 }
 
 HRESULT FilterGraph::Disconnect(IPin* pin) {

@@ -81,6 +81,11 @@ class FilterGraph : public UnknownBase,
     ComPtr<IBaseFilter> filter;
     std::u16string name;
   };
+  struct PendingReconnect {
+    ComPtr<IPin> pin;
+    bool hasType;
+    AM_MEDIA_TYPE type;
+  };
   struct GraphEvent {
     int32_t code;
     intptr_t param1, param2;
@@ -94,6 +99,9 @@ class FilterGraph : public UnknownBase,
   std::vector<ComPtr<IBaseFilter>> DownstreamFirst() const;
   std::vector<ComPtr<IBaseFilter>> Snapshot() const;
   void ResetCompletion();
+  // Runs a connection; reconnections asked for meanwhile run once the outermost is done.
+  HRESULT WhileConnecting(const std::function<HRESULT()>& connect);
+  HRESULT ReconnectNow(const PendingReconnect& reconnect);
   // Changes every filter's state, downstream first; the first failure stops the graph.
   HRESULT ChangeState(FILTER_STATE target, const std::function<HRESULT(IBaseFilter*)>& change);
 
@@ -110,6 +118,8 @@ class FilterGraph : public UnknownBase,
   std::atomic<FILTER_STATE> state_{State_Stopped};
   ComPtr<IReferenceClock> clock_;
   bool clockChosen_ = false;
+  int connecting_ = 0;
+  std::deque<PendingReconnect> pendingReconnects_;
 
   std::mutex eventLock_;
   std::condition_variable eventArrived_;

@@ -26,7 +26,9 @@ struct IFilterGraph : virtual IUnknown {
   // Connects exactly these two pins, with `type` or with a type they agree on.
   virtual HRESULT ConnectDirect(IPin* output, IPin* input, const AM_MEDIA_TYPE* type) = 0;
   // Breaks the pin's connection and connects the same two pins again, agreeing on a type
-  // afresh. Runs at once, also from inside a connection of the same graph.
+  // afresh. Asked from inside a connection the graph is making (a filter's CompleteConnect),
+  // it runs as soon as that connection is done, and S_OK then only means it is scheduled:
+  // so no pin's lock is taken while another connection holds it.
   virtual HRESULT Reconnect(IPin* pin) = 0;
   // Disconnects this pin only; the other end is the caller's to disconnect.
   virtual HRESULT Disconnect(IPin* pin) = 0;
