@@ -1,10 +1,10 @@
 #include "subtitles/readers/microdvd_reader.h"
 
-#include <cstdio>
 #include <memory>
 
 #include "subtitles/readers/text_reader_support.h"
 #include "subtitles/time_scanners.h"
+#include "text/number_scan.h"
 
 namespace korvalin {
 namespace {
@@ -25,7 +25,7 @@ class MicroDvdParser {
       const int32_t stop = ScanFrameNumber(cursor);
       if (stop == -1) return -1;
       if (IsFrameRateLine(start, stop)) {
-        std::sscanf(cursor, "%f", &frameRate_);  // a failed scan leaves the rate at 0
+        ScanFloat(cursor, &frameRate_);  // a failed scan leaves the rate at 0
         continue;
       }
       track_.AddEntry(std::make_unique<SubtitleEntry>(start, stop, TextOf(cursor).c_str()));

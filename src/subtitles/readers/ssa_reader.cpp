@@ -1,9 +1,7 @@
 #include "subtitles/readers/ssa_reader.h"
 
 #include <array>
-#include <cfloat>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -12,6 +10,7 @@
 #include "render/picture.h"
 #include "subtitles/readers/text_reader_support.h"
 #include "subtitles/time_scanners.h"
+#include "text/number_scan.h"
 
 namespace korvalin {
 namespace {
@@ -49,8 +48,8 @@ class SsaParser {
  private:
   int ReadLine(char* line) {
     if (StartsWithNoCase(line, kTimerKey)) {
-      const double timer = std::atof(line + kTimerKey.size());
-      if (timer > 0) timer_ = timer > FLT_MAX ? HUGE_VALF : static_cast<float>(timer);
+      float timer = 0;
+      if (ScanFloat(line + kTimerKey.size(), &timer) && timer > 0) timer_ = timer;
       return 0;
     }
     if (StartsWithNoCase(line, kScriptTypeKey)) return ReadScriptType(line + kScriptTypeKey.size());
