@@ -8,6 +8,7 @@
 #include "korvalin/commands.h"
 #include "korvalin/number_parse.h"
 #include "korvalin/subs_json.h"
+#include "korvalin/subs_picture_command.h"
 #include "settings/settings.h"
 #include "subtitles/subtitle_discovery.h"
 #include "subtitles/subtitle_loader.h"
@@ -123,10 +124,11 @@ int At(Args args) {
 }  // namespace
 
 int RunSubsCommand(Args args) {
-  if (args.empty()) return Fail("usage: korvalin subs dump|find|at ...");
+  if (args.empty()) return Fail("usage: korvalin subs dump|find|at|picture ...");
   if (args[0] == "dump") return Dump(args.subspan(1));
   if (args[0] == "find") return Find(args.subspan(1));
   if (args[0] == "at") return At(args.subspan(1));
+  if (args[0] == "picture") return RunSubsPictureCommand(args.subspan(1));
   return Fail("unknown subs command '" + std::string(args[0]) + "'");
 }
 
