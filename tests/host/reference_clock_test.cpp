@@ -15,6 +15,7 @@ constexpr std::chrono::milliseconds kGenerous{10000};
 // A clock whose private time is set by the test.
 class ScriptedClock : public ReferenceClock {
  public:
+  using ReferenceClock::ReferenceClock;
   REFERENCE_TIME GetPrivateTime() override { return now; }
   std::atomic<REFERENCE_TIME> now{0};
 };
@@ -67,6 +68,37 @@ TEST(ReferenceClockTest, RealTimeClockAdvances) {
   REFERENCE_TIME later = 0;
   clock->GetTime(&later);
   EXPECT_GE(later, start + 20 * 10000);
+}
+
+// A filter-like object that offers a clock as part of itself, the clock aggregated into it.
+class ClockOwner : public UnknownBase {
+ public:
+  ClockOwner() : clock_(InnerPtr<ScriptedClock>::Make(this)) {}
+  HRESULT NonDelegatingQueryInterface(const IID& iid, void** out) override {
+    if (iid == IID_IReferenceClock) return clock_->NonDelegatingQueryInterface(iid, out);
+    return UnknownBase::NonDelegatingQueryInterface(iid, out);
+  }
+  ScriptedClock* Clock() { return clock_.Get(); }
+
+ private:
+  InnerPtr<ScriptedClock> clock_;
+};
+
+TEST(ReferenceClockTest, AggregatedClockSharesItsOwnersIdentity) {
+  auto owner = MakeCom<ClockOwner>();
+  auto clock = QueryAs<IReferenceClock>(owner.Get());
+  ASSERT_TRUE(clock);
+  EXPECT_EQ(QueryAs<IUnknown>(clock.Get()).Get(), static_cast<IUnknown*>(owner.Get()));
+
+  // The owner lives as long as its clock is held, and its advise thread with it.
+  ScriptedClock* inner = owner->Clock();
+  owner.Reset();
+  Event event;
+  uintptr_t cookie = 0;
+  ASSERT_EQ(clock->AdviseTime(10, 0, &event, &cookie), S_OK);
+  inner->now = 10;
+  EXPECT_TRUE(event.Wait(kGenerous));
+  clock.Reset();  // destroys owner and clock, joining the advise thread
 }
 
 }  // namespace
