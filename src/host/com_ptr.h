@@ -14,7 +14,7 @@ class ComPtr {
  public:
   ComPtr() = default;
   ComPtr(std::nullptr_t) {}
-  ComPtr(T* ptr) : ptr_(ptr) {  // NOLINT: adopting a borrowed pointer adds a reference
+  ComPtr(T* ptr) : ptr_(ptr) {  // implicit: a borrowed pointer is adopted with a reference
     if (ptr_) ptr_->AddRef();
   }
   ComPtr(const ComPtr& other) : ComPtr(other.ptr_) {}

@@ -102,14 +102,12 @@ void FilterGraph::DisconnectAll(IBaseFilter* filter) {
 
 HRESULT FilterGraph::RemoveFilter(IBaseFilter* filter) {
   std::lock_guard lock(lock_);
-  auto it = std::find_if(filters_.begin(), filters_.end(),
-                         [&](const Member& m) { return m.filter.Get() == filter; });
-  if (it == filters_.end()) return VFW_E_NOT_FOUND;
-  const ComPtr<IBaseFilter> keep = it->filter;
+  if (!Contains(filter)) return VFW_E_NOT_FOUND;
+  if (state_ != State_Stopped) return VFW_E_NOT_STOPPED;
+  const ComPtr<IBaseFilter> keep(filter);  // alive until it has left
   DisconnectAll(filter);
   filter->JoinFilterGraph(nullptr, {});
-  filters_.erase(std::find_if(filters_.begin(), filters_.end(),
-                              [&](const Member& m) { return m.filter.Get() == filter; }));
+  std::erase_if(filters_, [&](const Member& m) { return m.filter.Get() == filter; });
   return S_OK;
 }
 

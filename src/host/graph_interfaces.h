@@ -19,7 +19,7 @@ struct IFilterGraph : virtual IUnknown {
 
   // The name is made unique: a taken name gets a blank and a number ("Name 0001").
   virtual HRESULT AddFilter(IBaseFilter* filter, std::u16string_view name) = 0;
-  // Disconnects the filter's pins first.
+  // Disconnects the filter's pins first. VFW_E_NOT_FOUND, VFW_E_NOT_STOPPED while streaming.
   virtual HRESULT RemoveFilter(IBaseFilter* filter) = 0;
   virtual HRESULT EnumFilters(IEnumFilters** filters) = 0;
   virtual HRESULT FindFilterByName(std::u16string_view name, IBaseFilter** filter) = 0;
