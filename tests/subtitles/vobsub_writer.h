@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "render/subpicture_writer.h"
+#include "../render/subpicture_writer.h"
 
 namespace korvalin::testing {
 
