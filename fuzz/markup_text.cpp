@@ -1,10 +1,11 @@
 // Feeds arbitrary bytes to the caption markup tokenizer, its tag helpers and entity decoding.
+#include "text/markup_text.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include "text/entity_decoding.h"
-#include "text/markup_text.h"
 
 namespace {
 

@@ -8,9 +8,15 @@
 namespace korvalin {
 namespace {
 
-bool IsBlank(char c) { return static_cast<unsigned char>(c) <= 0x20; }
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool IsNameChar(char c) { return IsLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '_'; }
+bool IsBlank(char c) {
+  return static_cast<unsigned char>(c) <= 0x20;
+}
+bool IsLetter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+bool IsNameChar(char c) {
+  return IsLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '_';
+}
 
 std::string TrimmedCopy(std::string_view text) {
   while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);

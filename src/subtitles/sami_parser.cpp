@@ -104,8 +104,7 @@ std::vector<SamiCaption> SamiParser::Captions() const {
   std::stable_sort(captions.begin(), captions.end(),
                    [](const SamiCaption& a, const SamiCaption& b) { return a.start < b.start; });
   for (std::size_t i = 0; i < captions.size(); ++i) {
-    captions[i].stop =
-        i + 1 < captions.size() ? captions[i + 1].start - 1 : OpenEnd * kUnitsPerMs;
+    captions[i].stop = i + 1 < captions.size() ? captions[i + 1].start - 1 : OpenEnd * kUnitsPerMs;
   }
   return captions;
 }

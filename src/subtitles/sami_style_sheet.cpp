@@ -5,7 +5,9 @@
 namespace korvalin {
 namespace {
 
-bool IsBlank(char c) { return static_cast<unsigned char>(c) <= 0x20; }
+bool IsBlank(char c) {
+  return static_cast<unsigned char>(c) <= 0x20;
+}
 
 std::string_view Trimmed(std::string_view text) {
   while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
@@ -69,8 +71,7 @@ std::string_view PropertyValue(std::string_view block, std::string_view property
   return {};
 }
 
-void AddClass(std::string_view className, std::string_view block,
-              std::vector<SamiClass>& classes) {
+void AddClass(std::string_view className, std::string_view block, std::vector<SamiClass>& classes) {
   const std::string key = LowerAscii(className);
   for (const SamiClass& known : classes) {
     if (known.key == key) return;  // the first rule of a class names it

@@ -15,9 +15,9 @@ struct NamedEntity {
 
 // Replaced in this order, each over the whole text.
 constexpr NamedEntity kNamedEntities[] = {
-    {"&nbsp;", " "},       {"&quot;", "\""},      {"&otilde;", "\xF5"}, {"&Otilde;", "\xD5"},
-    {"&auml;", "\xE4"},    {"&Auml;", "\xC4"},    {"&ouml;", "\xF6"},   {"&Ouml;", "\xD6"},
-    {"&uuml;", "\xFC"},    {"&Uuml;", "\xDC"},
+    {"&nbsp;", " "},    {"&quot;", "\""},   {"&otilde;", "\xF5"}, {"&Otilde;", "\xD5"},
+    {"&auml;", "\xE4"}, {"&Auml;", "\xC4"}, {"&ouml;", "\xF6"},   {"&Ouml;", "\xD6"},
+    {"&uuml;", "\xFC"}, {"&Uuml;", "\xDC"},
 };
 
 constexpr uint32_t kFirstWideCode = 256;

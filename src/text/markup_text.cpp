@@ -7,12 +7,14 @@ namespace korvalin {
 namespace {
 
 // Tags that start a new line: paragraphs, lists, tables and rows.
-constexpr const char* kBlockTags[] = {"p",  "tl",    "/tl",    "ul", "/ul", "ol",
+constexpr const char* kBlockTags[] = {"p",   "tl",    "/tl",    "ul", "/ul", "ol",
                                       "/ol", "table", "/table", "tr", "th"};
 // Tags that start a new line with an item mark: list items and table cells.
 constexpr const char* kItemTags[] = {"td", "dd", "li"};
 
-bool IsWhiteSpace(unsigned char c) { return c <= 0x20; }
+bool IsWhiteSpace(unsigned char c) {
+  return c <= 0x20;
+}
 
 char LowerAscii(unsigned char c) {
   if (c < 0x20) return ' ';

@@ -8,20 +8,23 @@ namespace korvalin::testing {
 namespace {
 
 // The dump of FILE after its first line (the file's facts), one JSON object per entry.
-std::string DumpedEntries(const CliResult& r) { return r.out.substr(r.out.find('\n') + 1); }
+std::string DumpedEntries(const CliResult& r) {
+  return r.out.substr(r.out.find('\n') + 1);
+}
 
 TEST(SubsFormatsA, TwoLanguageSamiGivesTheFrenchCaptions) {
   const TempDir dir;
-  const std::string file = dir.Write("film.smi",
-                                     "<SAMI><HEAD><STYLE TYPE=\"text/css\"><!--\n"
-                                     ".ENUSCC {Name: English; lang: en-US;}\n"
-                                     ".FRFRCC {Name: French; lang: fr-FR;}\n"
-                                     "--></STYLE></HEAD><BODY>\n"
-                                     "<SYNC Start=1000><P Class=ENUSCC>Hello<br>world\n"
-                                     "<P Class=FRFRCC>Bonjour<br>le monde\n"
-                                     "<SYNC Start=4000><P Class=ENUSCC>&nbsp;<P Class=FRFRCC>&nbsp;\n"
-                                     "</BODY></SAMI>\n")
-                               .string();
+  const std::string file =
+      dir.Write("film.smi",
+                "<SAMI><HEAD><STYLE TYPE=\"text/css\"><!--\n"
+                ".ENUSCC {Name: English; lang: en-US;}\n"
+                ".FRFRCC {Name: French; lang: fr-FR;}\n"
+                "--></STYLE></HEAD><BODY>\n"
+                "<SYNC Start=1000><P Class=ENUSCC>Hello<br>world\n"
+                "<P Class=FRFRCC>Bonjour<br>le monde\n"
+                "<SYNC Start=4000><P Class=ENUSCC>&nbsp;<P Class=FRFRCC>&nbsp;\n"
+                "</BODY></SAMI>\n")
+          .string();
   const CliResult r = RunCli({"subs", "dump", file, "--lang", "french"}, dir.registry());
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.out.find("\"format\":\"SAMI\""), std::string::npos) << r.out;
@@ -50,8 +53,8 @@ TEST(SubsFormatsA, DumpsEveryFormatOfThisFamily) {
   };
   const TempDir dir;
   for (const auto& c : cases) {
-    const CliResult r = RunCli({"subs", "dump", dir.Write(c.name, c.bytes).string()},
-                               dir.registry());
+    const CliResult r =
+        RunCli({"subs", "dump", dir.Write(c.name, c.bytes).string()}, dir.registry());
     EXPECT_EQ(r.status, 0) << c.name << r.err;
     EXPECT_NE(r.out.find(std::string("\"format\":\"") + c.format + "\""), std::string::npos)
         << r.out;

@@ -27,8 +27,7 @@ TEST(RealTextReader, TimeTagsShowTheTextSoFar) {
        "1000-3999:Hello|4000-2147483647:World|"},
       {"no begin, no entry", "<time begin=1>a <time end=3>b <time begin=5>c", 0,
        "1000-4999:a|5000-2147483647:a b c|"},
-      {"begin and end", "<Time Begin=\"0:01\" End=\"0:02.5\"/>x<br/>y", 0,
-       "1000-2500:x/y|"},
+      {"begin and end", "<Time Begin=\"0:01\" End=\"0:02.5\"/>x<br/>y", 0, "1000-2500:x/y|"},
       {"text before the first time", "<window>intro<time begin=2><clear/>x</window>", 0,
        "2000-2147483647:x|"},
       {"byte order mark", "\xEF\xBB\xBF<time begin=2>&auml;", 0, "2000-2147483647:\xE4|"},
@@ -53,9 +52,16 @@ TEST(RealTextReader, TimeValuesReadAsMinutesAndSeconds) {
     const char* value;
     int32_t ms;
   } cases[] = {
-      {"1:02:03.5", 3723500}, {"83.25", 83250}, {"2:05", 125000}, {"10>", 10000},
-      {"", -1},           {"x", -1},         {":5", -1},        {"1:", -1},
-      {"nan", -1},        {"99999999999:0", 2147483647},
+      {"1:02:03.5", 3723500},
+      {"83.25", 83250},
+      {"2:05", 125000},
+      {"10>", 10000},
+      {"", -1},
+      {"x", -1},
+      {":5", -1},
+      {"1:", -1},
+      {"nan", -1},
+      {"99999999999:0", 2147483647},
   };
   for (const auto& c : cases) EXPECT_EQ(RealTextTimeToMs(c.value), c.ms) << c.value;
   EXPECT_EQ(RealTextTimeToMs(nullptr), -1);

@@ -68,8 +68,8 @@ TEST(SamiReader, ParsesRealWorldMarkup) {
        "<sami><body><sync start=\"2000\"><p class=\"a\">x<SYNC START = 1000><P CLASS = A>y", 0,
        "a|", "1000-1999:y|2000-2147483647:x|"},
       {"two paragraphs of a stream join",
-       "<SAMI><SYNC Start=1><P Class=E ID=Src>Narrator<P Class=E>Hello  <br>\n  there</SAMI>",
-       0, "E|", "1-2147483647:Narrator/Hello/there|"},
+       "<SAMI><SYNC Start=1><P Class=E ID=Src>Narrator<P Class=E>Hello  <br>\n  there</SAMI>", 0,
+       "E|", "1-2147483647:Narrator/Hello/there|"},
       {"a SYNC without paragraphs clears every stream",
        "<SAMI><SYNC Start=0><P Class=A>a<P Class=B>b<SYNC Start=9>&nbsp;<SYNC Start=20>"
        "<P Class=A>c",
@@ -78,8 +78,8 @@ TEST(SamiReader, ParsesRealWorldMarkup) {
        "<SAMI><STYLE>.X {lang: xx;} .Y {Name: 'Why Not';} .Z {color: red}</STYLE>"
        "<SYNC Start=0><P Class=z>z<P Class=y>y<P Class=x>x",
        0, "xx|Why Not|Z|", "0-2147483647:x|"},
-      {"a paragraph without class is in every stream",
-       "<SAMI><SYNC Start=0><P Class=A>a<P>all", 0, "A|", "0-2147483647:a/all|"},
+      {"a paragraph without class is in every stream", "<SAMI><SYNC Start=0><P Class=A>a<P>all", 0,
+       "A|", "0-2147483647:a/all|"},
       {"a SYNC without start is left out",
        "<SAMI><SYNC><P>lost<SYNC Start=x><P>lost<SYNC Start=5><P>kept", 0, "",
        "5-2147483647:kept|"},
@@ -101,7 +101,10 @@ TEST(SamiReader, ParsesRealWorldMarkup) {
 }
 
 TEST(SamiReader, ReadsUtf16WithItsByteOrderMark) {
-  const std::string little("\xFF\xFE<\0S\0Y\0N\0C\0 \0S\0t\0a\0r\0t\0=\0" "7\0>\0\xE9\0", 34);
+  const std::string little(
+      "\xFF\xFE<\0S\0Y\0N\0C\0 \0S\0t\0a\0r\0t\0=\0"
+      "7\0>\0\xE9\0",
+      34);
   const TempFolder folder;
   SubtitleTrack track;
   ASSERT_EQ(ReadSami(track, folder.Write("u16.smi", little).c_str()), 0);

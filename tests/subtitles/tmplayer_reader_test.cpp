@@ -49,7 +49,9 @@ TEST(TmPlayerReader, ReadsAndRejectsAsTheFormatSays) {
 
 TEST(TmPlayerReader, TxtFileIsReadAfterMicroDvdRefusesIt) {
   const TempFolder folder;
-  const std::string path = folder.Write("movie.TXT", "\xEF\xBB\xBF" "00:00:01:Hi\r\n");
+  const std::string path = folder.Write("movie.TXT",
+                                        "\xEF\xBB\xBF"
+                                        "00:00:01:Hi\r\n");
   SubtitleTrack track;
   ASSERT_EQ(LoadSubtitleFile(track, path.c_str()), 0);
   EXPECT_EQ(track.formatName, "TMPlayer");

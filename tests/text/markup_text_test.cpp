@@ -44,8 +44,8 @@ TEST(MarkupText, HandsLoweredTagsWithoutControlBytesToOnTag) {
     std::vector<std::string> tags;
   } recorder;
   recorder.Parse("<P Class=ENUSCC>x</P><Time\tBegin=\"1\"/>");
-  EXPECT_EQ(recorder.tags, (std::vector<std::string>{"<p class=enuscc>", "</p>",
-                                                     "<time begin=\"1\"/>"}));
+  EXPECT_EQ(recorder.tags,
+            (std::vector<std::string>{"<p class=enuscc>", "</p>", "<time begin=\"1\"/>"}));
   EXPECT_EQ(recorder.text, "x");
   recorder.Parse(nullptr);
   EXPECT_TRUE(recorder.text.IsEmpty());

@@ -14,7 +14,9 @@
 namespace korvalin {
 namespace {
 
-bool IsBlank(char c) { return static_cast<unsigned char>(c) <= 0x20; }
+bool IsBlank(char c) {
+  return static_cast<unsigned char>(c) <= 0x20;
+}
 
 std::string Trimmed(const std::string& text) {
   const auto first = std::find_if_not(text.begin(), text.end(), IsBlank);
@@ -25,10 +27,13 @@ std::string Trimmed(const std::string& text) {
 // The number after key in text ("%d"), or false when key is absent or no number follows.
 bool FindNumberAfter(const std::string& text, const char* key, int32_t* value) {
   const std::size_t at = text.find(key);
-  return at != std::string::npos && ScanInt(text.c_str() + at + std::char_traits<char>::length(key), value);
+  return at != std::string::npos &&
+         ScanInt(text.c_str() + at + std::char_traits<char>::length(key), value);
 }
 
-int32_t WrapToInt32(int64_t value) { return static_cast<int32_t>(static_cast<uint32_t>(value)); }
+int32_t WrapToInt32(int64_t value) {
+  return static_cast<int32_t>(static_cast<uint32_t>(value));
+}
 
 // The folder part of path, separator included; "\" separates as well as "/".
 std::string FolderOf(const char* path) {

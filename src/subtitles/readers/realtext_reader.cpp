@@ -39,7 +39,8 @@ class RealTextHandler : public MarkupText {
   // The text stays: the next time tag shows it again, with whatever follows.
   void Flush() {
     if (begin_ == -1) return;
-    track_.AddEntry(std::make_unique<SubtitleEntry>(begin_, end_, DecodeEntities(text.c_str()).c_str()));
+    track_.AddEntry(
+        std::make_unique<SubtitleEntry>(begin_, end_, DecodeEntities(text.c_str()).c_str()));
   }
 
  private:

@@ -35,9 +35,9 @@ void AddCaptions(SubtitleTrack& track, const SamiParser& parser) {
     markup.Parse(caption.markup.c_str());
     const DynString text = DecodeEntities(markup.text.c_str());
     if (text.IsEmpty()) continue;
-    track.AddEntry(std::make_unique<SubtitleEntry>(static_cast<int32_t>(caption.start / kUnitsPerMs),
-                                                   static_cast<int32_t>(caption.stop / kUnitsPerMs),
-                                                   text.c_str()));
+    track.AddEntry(std::make_unique<SubtitleEntry>(
+        static_cast<int32_t>(caption.start / kUnitsPerMs),
+        static_cast<int32_t>(caption.stop / kUnitsPerMs), text.c_str()));
   }
 }
 
