@@ -83,9 +83,7 @@ int ReadJacoSub(SubtitleTrack& track, const char* path) {
   if (BeginReading(track, file, path, "rt", "JACOsub") != 0) return -1;
   JacoSubParser parser(track, file);
   if (parser.ReadLines() != 0) return -1;
-  file.Close();
-  track.SortByStart();
-  return track.entries.IsEmpty() ? 1 : 0;
+  return FinishReading(track, file, CleanUp::kSort);
 }
 
 }  // namespace korvalin

@@ -64,10 +64,8 @@ int ReadMicroDvd(SubtitleTrack& track, const char* path) {
   MicroDvdParser parser(track, file);
   if (parser.ReadLines() != 0) return -1;
   if (parser.frameRate() > 0) track.ConvertFramesToMs(parser.frameRate());
-  file.Close();
-  track.SortByStart();
-  track.CloseOpenEnds();
-  return track.entries.IsEmpty() ? 1 : 0;
+  // Empty texts and stops before starts stay: they draw nothing and never match.
+  return FinishReading(track, file, CleanUp::kSortAndCloseOpenEnds);
 }
 
 }  // namespace korvalin

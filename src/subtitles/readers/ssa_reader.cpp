@@ -135,9 +135,7 @@ int ReadSubStationAlpha(SubtitleTrack& track, const char* path) {
   if (BeginReading(track, file, path, "rt", "Sub Station Alpha") != 0) return -1;
   SsaParser parser(track, file);
   if (parser.ReadLines() != 0) return -1;
-  file.Close();
-  track.SortByStart();
-  return track.entries.IsEmpty() ? 1 : 0;
+  return FinishReading(track, file, CleanUp::kSort);
 }
 
 }  // namespace korvalin

@@ -46,12 +46,8 @@ int ReadSubViewer1(SubtitleTrack& track, const char* path) {
   StdFile file;
   if (BeginReading(track, file, path, "rt", "SubViewer 1.0") != 0) return -1;
   SubViewer1Parser(track, file).ReadPairs();
-  file.Close();
-  track.SortByStart();
   // A time with an empty text clears the screen: it ends the subtitle before it and goes.
-  track.CloseOpenEnds();
-  track.RemoveEmpty();
-  return track.entries.IsEmpty() ? 1 : 0;
+  return FinishReading(track, file, CleanUp::kSortCloseOpenEndsAndRemoveEmpty);
 }
 
 }  // namespace korvalin

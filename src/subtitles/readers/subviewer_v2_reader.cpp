@@ -65,9 +65,7 @@ int ReadSubViewer2(SubtitleTrack& track, const char* path) {
   if (BeginReading(track, file, path, "rt", "SubViewer 2.0") != 0) return -1;
   SubViewer2Parser parser(track, file);
   if (parser.ReadSubtitles() != 0) return -1;
-  file.Close();
-  track.SortByStart();
-  return track.entries.IsEmpty() ? 1 : 0;
+  return FinishReading(track, file, CleanUp::kSort);
 }
 
 }  // namespace korvalin

@@ -20,6 +20,14 @@ int BeginReading(SubtitleTrack& track, StdFile& file, const char* path, const ch
   return 0;
 }
 
+int FinishReading(SubtitleTrack& track, StdFile& file, CleanUp steps) {
+  file.Close();
+  track.SortByStart();
+  if (steps != CleanUp::kSort) track.CloseOpenEnds();
+  if (steps == CleanUp::kSortCloseOpenEndsAndRemoveEmpty) track.RemoveEmpty();
+  return track.entries.IsEmpty() ? 1 : 0;
+}
+
 LineInput::LineInput(StdFile& file, std::size_t bufferSize)
     : file_(file), size_(bufferSize), buffer_(std::make_unique<char[]>(bufferSize)) {}
 

@@ -17,6 +17,13 @@ namespace korvalin {
 int BeginReading(SubtitleTrack& track, StdFile& file, const char* path, const char* mode,
                  const char* formatName);
 
+// The track's clean-up steps a format calls for after reading; each includes those before.
+enum class CleanUp { kSort, kSortAndCloseOpenEnds, kSortCloseOpenEndsAndRemoveEmpty };
+
+// The closing steps every reader shares: closes the file, runs the clean-up steps, and
+// gives 0 when the track holds entries, else 1.
+int FinishReading(SubtitleTrack& track, StdFile& file, CleanUp steps);
+
 // The line-by-line input of the readers with a fixed line buffer: a longer line arrives in
 // pieces, each piece a line of its own; every line loses its trailing line feed.
 class LineInput {
