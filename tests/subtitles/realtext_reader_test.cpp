@@ -47,6 +47,21 @@ TEST(RealTextReader, TimeTagsShowTheTextSoFar) {
   EXPECT_EQ(ReadRealText(track, (folder.path() / "missing.rt").c_str()), -1);
 }
 
+TEST(RealTextReader, TextThatNeverClearsKeepsItsLastLines) {
+  std::string bytes;
+  for (int line = 0; line < 20000; ++line) {
+    bytes += "<time begin=" + std::to_string(line) + ">line " + std::to_string(line) + "<br/>";
+  }
+  const TempFolder folder;
+  SubtitleTrack track;
+  ASSERT_EQ(ReadRealText(track, folder.Write("long.rt", bytes).c_str()), 0);
+  ASSERT_EQ(track.entries.Count(), 20000u);
+  const std::string last = track.entries[19999]->text.c_str();
+  EXPECT_LE(last.size(), 1024u);
+  EXPECT_EQ(last.rfind("line ", 0), 0u);  // whole lines only
+  EXPECT_EQ(last.substr(last.size() - 10), "line 19999");
+}
+
 TEST(RealTextReader, TimeValuesReadAsMinutesAndSeconds) {
   const struct {
     const char* value;

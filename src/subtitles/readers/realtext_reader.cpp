@@ -17,6 +17,10 @@ namespace korvalin {
 namespace {
 
 constexpr char kUtf8Bom[] = "\xEF\xBB\xBF";
+// Text that grows without a <clear> keeps only its last lines up to this length: a screen
+// shows far less, and a file that never clears would otherwise cost time and memory by the
+// square of its length.
+constexpr int kLongestShownText = 1024;
 
 // Collects the text between tags and stores it as an entry at every time tag and at the end.
 class RealTextHandler : public MarkupText {
@@ -38,12 +42,20 @@ class RealTextHandler : public MarkupText {
 
   // The text stays: the next time tag shows it again, with whatever follows.
   void Flush() {
+    KeepLastLines();
     if (begin_ == -1) return;
     track_.AddEntry(
         std::make_unique<SubtitleEntry>(begin_, end_, DecodeEntities(text.c_str()).c_str()));
   }
 
  private:
+  void KeepLastLines() {
+    if (text.Length() <= static_cast<std::size_t>(kLongestShownText)) return;
+    DynString tail = text.Right(kLongestShownText);
+    const int lineFeed = tail.Find("\n");
+    text = lineFeed >= 0 ? tail.Mid(lineFeed + 1) : tail;
+  }
+
   SubtitleTrack& track_;
   int32_t begin_ = -1;
   int32_t end_ = 0;
