@@ -71,9 +71,7 @@ int ReadSubRip(SubtitleTrack& track, const char* path) {
   if (BeginReading(track, file, path, "rt", "SubRip") != 0) return -1;
   SubRipParser parser(track, file);
   if (parser.ReadBlocks() != 0) return -1;
-  file.Close();
-  track.SortByStart();
-  return track.entries.IsEmpty() ? 1 : 0;
+  return FinishReading(track, file, CleanUp::kSort);
 }
 
 }  // namespace korvalin
