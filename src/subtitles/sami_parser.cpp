@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "platform/code_page.h"
+#include "subtitles/sami_utf8_references.h"
 #include "subtitles/subtitle_entry.h"
 
 namespace korvalin {
@@ -64,6 +65,7 @@ bool SamiParser::Parse(std::string_view bytes) {
   SamiDocument document = ReadSamiDocument(bytes);
   BuildStreams(document);
   syncs_ = std::move(document.syncs);
+  utf8_ = platform::IsMultiByteUtf8(bytes);
   enabled_ = 0;
   return document.hasSamiTags;
 }
@@ -99,7 +101,8 @@ std::vector<SamiCaption> SamiParser::Captions() const {
   std::vector<SamiCaption> captions;
   std::string markup;
   for (const SamiSync& sync : syncs_) {
-    if (MarkupFor(sync, &markup)) captions.push_back({markup, sync.startMs * kUnitsPerMs, 0});
+    if (!MarkupFor(sync, &markup)) continue;
+    captions.push_back({utf8_ ? ReferencesAsUtf8(markup) : markup, sync.startMs * kUnitsPerMs, 0});
   }
   std::stable_sort(captions.begin(), captions.end(),
                    [](const SamiCaption& a, const SamiCaption& b) { return a.start < b.start; });

@@ -41,7 +41,8 @@ class SamiParser {
   std::size_t EnabledStream() const { return enabled_; }
   void Enable(std::size_t index);
 
-  // The captions of the enabled stream, by start.
+  // The captions of the enabled stream, by start. In a UTF-8 file, character references above
+  // ASCII are written as UTF-8 (see ReferencesAsUtf8).
   std::vector<SamiCaption> Captions() const;
 
  private:
@@ -52,6 +53,7 @@ class SamiParser {
   std::vector<SamiClass> streams_;
   std::vector<SamiSync> syncs_;
   std::size_t enabled_ = 0;
+  bool utf8_ = false;  // the file is UTF-8: character references stay UTF-8 too
 };
 
 }  // namespace korvalin

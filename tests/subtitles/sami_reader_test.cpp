@@ -87,6 +87,12 @@ TEST(SamiReader, ParsesRealWorldMarkup) {
        "\xEF\xBB\xBF<SAMI><!-- <SYNC Start=1><P>no --><STYLE>.A {Name: Gone;}\n"
        "<SYNC Start=2><P Class=A>yes <!-- hidden -->done",
        0, "A|", "2-2147483647:yes done|"},
+      {"references in a UTF-8 file stay UTF-8",
+       "<SAMI><SYNC Start=1><P>\xC3\xBC &#8211;&#150;&auml;&#65;&#228", 0, "",
+       "1-2147483647:\xC3\xBC \xE2\x80\x93\xE2\x80\x93\xC3\xA4"
+       "A\xC3\xA4|"},
+      {"references in a code-page file are bytes", "<SAMI><SYNC Start=1><P>\xFC&#228;", 0, "",
+       "1-2147483647:\xFC\xE4|"},
       {"only clears", "<SAMI><SYNC Start=1><P>&nbsp;</SAMI>", 1, "", ""},
       {"no SAMI at all", "1\n00:00:01,000 --> 00:00:02,000\nx\n", -1, "", ""},
   };
