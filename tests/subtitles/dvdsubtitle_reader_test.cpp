@@ -77,12 +77,14 @@ TEST(DvdSubtitleReader, PictureBlocksLoadFromTheSubtitleFolder) {
   EXPECT_EQ(DescribeEntries(track), "1000-2000:[picture 2x1]|");  // the missing one is dropped
 }
 
-TEST(DvdSubtitleReader, SubFileIsReadAfterTheSubViewerReadersRefuseIt) {
+TEST(DvdSubtitleReader, LoaderReachesItAfterTheReadersBeforeItRefuse) {
   const TempFolder folder;
-  const std::string path = folder.Write("a.sub", "{T 00:00:01:00\nA\n}");
-  SubtitleTrack track;
-  ASSERT_EQ(LoadSubtitleFile(track, path.c_str()), 0);
-  EXPECT_EQ(track.formatName, "DVDSubtitle");
+  for (const char* name : {"a.sub", "a.srt", "a.txt"}) {
+    const std::string path = folder.Write(name, "{T 00:00:01:00\nA\n}");
+    SubtitleTrack track;
+    EXPECT_EQ(LoadSubtitleFile(track, path.c_str()), 0) << name;
+    EXPECT_EQ(track.formatName, "DVDSubtitle") << name;
+  }
 }
 
 }  // namespace
