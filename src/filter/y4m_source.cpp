@@ -1,0 +1,131 @@
+#include "filter/y4m_source.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "filter/video_format_conversion.h"
+#include "host/media_guids.h"
+#include "video/frame_row.h"
+
+namespace korvalin {
+
+using namespace host;
+
+namespace {
+
+AM_MEDIA_TYPE Yuy2Type(const Y4mHeader& header) {
+  VIDEOINFOHEADER vih;
+  vih.AvgTimePerFrame = header.FrameDuration();
+  vih.bmiHeader.biWidth = header.width;
+  vih.bmiHeader.biHeight = header.height;
+  vih.bmiHeader.biBitCount = 16;
+  vih.bmiHeader.biCompression = MEDIASUBTYPE_YUY2.Data1;
+  vih.bmiHeader.biSizeImage = GetBitmapSize(vih.bmiHeader);
+  AM_MEDIA_TYPE type;
+  type.majortype = MEDIATYPE_Video;
+  type.subtype = MEDIASUBTYPE_YUY2;
+  type.formattype = FORMAT_VideoInfo;
+  type.lSampleSize = vih.bmiHeader.biSizeImage;
+  SetFormatBlock(&type, vih);
+  return type;
+}
+
+}  // namespace
+
+class Y4mStream : public SourceStream {
+ public:
+  explicit Y4mStream(Y4mSource* source) : SourceStream(source, u"Out"), source_(source) {}
+
+  HRESULT CheckMediaType(const AM_MEDIA_TYPE& type) override {
+    const VideoFormat format = ToVideoFormat(type);
+    const Y4mHeader& header = source_->header();
+    const bool same = type.subtype == MEDIASUBTYPE_YUY2 && format.biBitCount == 16 &&
+                      format.biWidth == header.width && std::abs(format.biHeight) == header.height;
+    return same ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+  }
+  HRESULT GetMediaType(int position, AM_MEDIA_TYPE* type) override {
+    if (position < 0) return E_INVALIDARG;
+    if (position > 0) return VFW_S_NO_MORE_ITEMS;
+    *type = Yuy2Type(source_->header());
+    return S_OK;
+  }
+  HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
+    request->cBuffers = 2;
+    request->cbBuffer = static_cast<int32_t>(source_->header().Yuy2FrameSize());
+    ALLOCATOR_PROPERTIES actual;
+    const HRESULT hr = allocator->SetProperties(request, &actual);
+    if (FAILED(hr)) return hr;
+    return actual.cbBuffer >= request->cbBuffer ? S_OK : E_FAIL;
+  }
+  HRESULT OnThreadStartPlay() override {
+    next_ = 0;
+    return DeliverNewSegment(0, INT64_MAX, 1.0);
+  }
+  HRESULT FillBuffer(IMediaSample* sample) override {
+    if (source_->maxFrames_ >= 0 && next_ >= source_->maxFrames_) return S_FALSE;
+    const int read = source_->reader_.ReadFrame(&frame_);
+    if (read == 0) return S_FALSE;
+    if (read < 0) {
+      std::lock_guard lock(source_->stateLock_);
+      source_->streamError_ = source_->reader_.error();
+      return E_FAIL;
+    }
+    AdoptAttachedType(sample);
+    if (!CopyRows(sample)) return E_FAIL;
+    const REFERENCE_TIME duration = source_->header().FrameDuration();
+    REFERENCE_TIME start = next_ * duration, stop = start + duration;
+    sample->SetTime(&start, &stop);
+    sample->SetSyncPoint(true);
+    ++next_;
+    std::lock_guard lock(source_->stateLock_);
+    source_->framesSent_ = next_;
+    return S_OK;
+  }
+
+ private:
+  // A type attached by the downstream allocator (top-down rows, say) is taken and left on
+  // the sample, which tells the downstream filter that it was followed.
+  void AdoptAttachedType(IMediaSample* sample) {
+    MediaTypePtr type;
+    if (sample->GetMediaType(&type) == S_OK && type && CheckMediaType(*type) == S_OK) mt_ = *type;
+  }
+  bool CopyRows(IMediaSample* sample) {
+    uint8_t* data = nullptr;
+    const std::size_t size = frame_.size();
+    if (FAILED(sample->GetPointer(&data)) || sample->GetSize() < static_cast<int32_t>(size))
+      return false;
+    const VideoFormat format = ToVideoFormat(mt_);
+    const std::size_t stride = std::size_t(source_->header().width) * 2;
+    for (int32_t row = 0; row < source_->header().height; ++row) {
+      uint8_t* target = FrameRow(data, row, format, false);
+      if (target != nullptr) std::memcpy(target, frame_.data() + row * stride, stride);
+    }
+    sample->SetActualDataLength(static_cast<int32_t>(size));
+    return true;
+  }
+
+  Y4mSource* source_;
+  int64_t next_ = 0;
+  std::vector<uint8_t> frame_;
+};
+
+Y4mSource::Y4mSource(std::FILE* file, int64_t maxFrames)
+    : SourceFilter(CLSID_Y4mSource), reader_(file), maxFrames_(maxFrames) {
+  AddStream(std::make_unique<Y4mStream>(this));
+}
+
+std::string Y4mSource::Open() {
+  return reader_.ReadHeader();
+}
+
+std::string Y4mSource::StreamError() {
+  std::lock_guard lock(stateLock_);
+  return streamError_;
+}
+
+int64_t Y4mSource::FramesSent() {
+  std::lock_guard lock(stateLock_);
+  return framesSent_;
+}
+
+}  // namespace korvalin

@@ -1,0 +1,230 @@
+#pragma once
+// A pipeline around one VideoFilter for tests: a source whose samples the test pushes on
+// its own thread, and a sink that records every frame and then scribbles over its buffer,
+// so a border the filter leaves alone shows up as scribble.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "filter/format_change_allocator.h"
+#include "filter/video_filter.h"
+#include "filter/video_format_conversion.h"
+#include "host/filter_graph.h"
+#include "host/input_pin.h"
+#include "host/media_guids.h"
+#include "host/output_pin.h"
+
+namespace korvalin::testing {
+
+using namespace host;
+
+inline constexpr REFERENCE_TIME kFrameTicks = 400000;  // 40 ms
+inline constexpr uint8_t kScribble = 0x55;
+
+inline AM_MEDIA_TYPE Yuy2Type(int32_t width, int32_t height,
+                              REFERENCE_TIME frameTicks = kFrameTicks) {
+  VIDEOINFOHEADER vih;
+  vih.AvgTimePerFrame = frameTicks;
+  vih.dwBitRate = 1000;
+  vih.bmiHeader.biWidth = width;
+  vih.bmiHeader.biHeight = height;
+  vih.bmiHeader.biBitCount = 16;
+  vih.bmiHeader.biCompression = MEDIASUBTYPE_YUY2.Data1;
+  vih.bmiHeader.biSizeImage = GetBitmapSize(vih.bmiHeader);
+  AM_MEDIA_TYPE type;
+  type.majortype = MEDIATYPE_Video;
+  type.subtype = MEDIASUBTYPE_YUY2;
+  type.formattype = FORMAT_VideoInfo;
+  type.lSampleSize = vih.bmiHeader.biSizeImage;
+  SetFormatBlock(&type, vih);
+  return type;
+}
+
+inline AM_MEDIA_TYPE Yuy2Type2(int32_t width, int32_t height, uint32_t aspectX, uint32_t aspectY) {
+  VIDEOINFOHEADER2 vih;
+  vih.AvgTimePerFrame = kFrameTicks;
+  vih.dwPictAspectRatioX = aspectX;
+  vih.dwPictAspectRatioY = aspectY;
+  vih.bmiHeader.biWidth = width;
+  vih.bmiHeader.biHeight = height;
+  vih.bmiHeader.biBitCount = 16;
+  vih.bmiHeader.biCompression = MEDIASUBTYPE_YUY2.Data1;
+  vih.bmiHeader.biSizeImage = GetBitmapSize(vih.bmiHeader);
+  AM_MEDIA_TYPE type;
+  type.majortype = MEDIATYPE_Video;
+  type.subtype = MEDIASUBTYPE_YUY2;
+  type.formattype = FORMAT_VideoInfo2;
+  type.lSampleSize = vih.bmiHeader.biSizeImage;
+  SetFormatBlock(&type, vih);
+  return type;
+}
+
+// What a pushed sample carries besides its pixels.
+struct PushOptions {
+  bool timed = true;
+  REFERENCE_TIME start = 0;
+  REFERENCE_TIME stop = kFrameTicks;
+  bool preroll = false;
+  bool syncPoint = true;
+  bool discontinuity = false;
+  bool mediaTimes = false;
+  // Leaves a type the filter's allocator attached on the buffer (confirming it).
+  bool keepAttachedType = false;
+  const AM_MEDIA_TYPE* attachType = nullptr;
+  uint8_t luma = 0x80;
+};
+
+class PushPin : public BaseOutputPin {
+ public:
+  PushPin(BaseFilter* filter, AM_MEDIA_TYPE type) : BaseOutputPin(filter, u"Out"), type_(type) {}
+  HRESULT CheckMediaType(const AM_MEDIA_TYPE& type) override {
+    return MediaTypesEqual(type, type_) ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+  }
+  HRESULT GetMediaType(int position, AM_MEDIA_TYPE* type) override {
+    if (position != 0) return VFW_S_NO_MORE_ITEMS;
+    *type = type_;
+    return S_OK;
+  }
+  HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
+    request->cBuffers = 1;
+    request->cbBuffer = 1 << 20;
+    ALLOCATOR_PROPERTIES actual;
+    return allocator->SetProperties(request, &actual);
+  }
+  // Sends one frame of uniform grey (luma `luma`, neutral chroma); the result of Deliver.
+  HRESULT Push(const PushOptions& options) {
+    ComPtr<IMediaSample> sample;
+    HRESULT hr = GetDeliveryBuffer(sample.ReleaseAndGetAddressOf(), nullptr, nullptr, 0);
+    if (FAILED(hr)) return hr;
+    if (!options.keepAttachedType) sample->SetMediaType(options.attachType);
+    uint8_t* data = nullptr;
+    sample->GetPointer(&data);
+    for (int32_t i = 0; i + 1 < sample->GetSize(); i += 2) {
+      data[i] = options.luma;
+      data[i + 1] = 0x80;
+    }
+    sample->SetActualDataLength(sample->GetSize());
+    if (options.timed) sample->SetTime(&options.start, &options.stop);
+    if (options.mediaTimes) {
+      const int64_t a = 7, b = 8;
+      sample->SetMediaTime(&a, &b);
+    }
+    sample->SetPreroll(options.preroll);
+    sample->SetSyncPoint(options.syncPoint);
+    sample->SetDiscontinuity(options.discontinuity);
+    return Deliver(sample.Get());
+  }
+  AM_MEDIA_TYPE type_;
+};
+
+class PushSource : public BaseFilter {
+ public:
+  explicit PushSource(AM_MEDIA_TYPE type)
+      : BaseFilter(MakeGuid("22222222-0000-4000-8000-000000000001")), pin_(this, type) {}
+  int GetPinCount() override { return 1; }
+  BasePin* GetPin(int index) override { return index == 0 ? &pin_ : nullptr; }
+  PushPin* Pin() { return &pin_; }
+
+ private:
+  PushPin pin_;
+};
+
+struct RecordedFrame {
+  std::vector<uint8_t> bytes;
+  VideoFormat format;
+  bool timed = false;
+  REFERENCE_TIME start = 0, stop = 0;
+  bool mediaTimed = false;
+  bool syncPoint = false, preroll = false, discontinuity = false;
+};
+
+class RecordingSink : public BaseFilter {
+ public:
+  explicit RecordingSink(GUID subtype)
+      : BaseFilter(MakeGuid("22222222-0000-4000-8000-000000000002")), pin_(this, subtype) {}
+  int GetPinCount() override { return 1; }
+  BasePin* GetPin(int index) override { return index == 0 ? &pin_ : nullptr; }
+
+  class Pin : public RenderedInputPin {
+   public:
+    Pin(RecordingSink* sink, GUID subtype)
+        : RenderedInputPin(sink, u"In"), sink_(sink), subtype_(subtype) {}
+    HRESULT CheckMediaType(const AM_MEDIA_TYPE& type) override {
+      return type.subtype == subtype_ ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+    }
+    // Our own allocator, so tests can attach an output type to a buffer.
+    HRESULT GetAllocator(IMemAllocator** allocator) override {
+      if (!own_) own_ = MakeCom<FormatChangeAllocator>();
+      *allocator = own_.Get();
+      own_->AddRef();
+      return S_OK;
+    }
+    HRESULT Receive(IMediaSample* sample) override {
+      const HRESULT hr = RenderedInputPin::Receive(sample);
+      if (hr != S_OK) return hr;
+      RecordedFrame frame;
+      uint8_t* data = nullptr;
+      sample->GetPointer(&data);
+      frame.bytes.assign(data, data + sample->GetActualDataLength());
+      frame.format = ToVideoFormat(CurrentMediaType());
+      frame.timed = sample->GetTime(&frame.start, &frame.stop) == S_OK;
+      int64_t a, b;
+      frame.mediaTimed = sample->GetMediaTime(&a, &b) == S_OK;
+      frame.syncPoint = sample->IsSyncPoint() == S_OK;
+      frame.preroll = sample->IsPreroll() == S_OK;
+      frame.discontinuity = sample->IsDiscontinuity() == S_OK;
+      sink_->frames.push_back(std::move(frame));
+      std::memset(data, kScribble, static_cast<std::size_t>(sample->GetSize()));
+      return S_OK;
+    }
+    ComPtr<FormatChangeAllocator> own_;
+
+   private:
+    RecordingSink* sink_;
+    GUID subtype_;
+  };
+
+  Pin* InPin() { return &pin_; }
+  std::vector<RecordedFrame> frames;
+
+ private:
+  Pin pin_;
+};
+
+// Source -> VideoFilter -> sink in a graph, connected and paused, ready for pushes.
+class FilterPipeline {
+ public:
+  FilterPipeline(const Settings& settings, const AM_MEDIA_TYPE& inputType,
+                 GUID outputSubtype = MEDIASUBTYPE_YUY2)
+      : filter(MakeCom<VideoFilter>(settings,
+                                    [] {
+                                      return TimeOfDay{12, 34};
+                                    })),
+        source(MakeCom<PushSource>(inputType)),
+        sink(MakeCom<RecordingSink>(outputSubtype)) {
+    graph->AddFilter(source.Get(), u"Source");
+    graph->AddFilter(filter.Get(), u"Korvalin");
+    graph->AddFilter(sink.Get(), u"Sink");
+  }
+  HRESULT Connect() {
+    HRESULT hr = graph->ConnectDirect(source->Pin(), filter->GetPin(0), nullptr);
+    if (FAILED(hr)) return hr;
+    return graph->ConnectDirect(filter->GetPin(1), sink->InPin(), nullptr);
+  }
+  HRESULT Start() {
+    const HRESULT hr = Connect();
+    return FAILED(hr) ? hr : graph->Pause();
+  }
+  ~FilterPipeline() { graph->Stop(); }
+
+  ComPtr<FilterGraph> graph = MakeCom<FilterGraph>();
+  ComPtr<VideoFilter> filter;
+  ComPtr<PushSource> source;
+  ComPtr<RecordingSink> sink;
+};
+
+}  // namespace korvalin::testing
