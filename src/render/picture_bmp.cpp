@@ -1,6 +1,7 @@
 // LoadBitmapFile of Part 6.4: uncompressed bottom-up Windows BMP files, 24, 8, 4 and 1 bits
-// per pixel, read as luma. Every read is checked against the bytes the file holds; the
-// pixel buffer is only allocated once the file is known to hold all its rows.
+// per pixel, read as luma. The headers are checked first; only then is the part of the file
+// they describe read, and only when the file holds all of it, so no allocation is ever
+// larger than what the file backs.
 #include <algorithm>
 #include <cstdio>
 #include <memory>
@@ -14,9 +15,8 @@ namespace {
 
 constexpr std::size_t kFileHeaderSize = 14;
 constexpr std::size_t kInfoHeaderSize = 40;
+constexpr std::size_t kHeadersSize = kFileHeaderSize + kInfoHeaderSize;
 constexpr uint16_t kBitmapType = 19778;  // "BM"
-// Largest file read: enough for the largest picture at 24 bits with its headers.
-constexpr long kMaxFileBytes = 256L * 1024 * 1024;
 
 uint16_t U16(const uint8_t* p) {
   return static_cast<uint16_t>(p[0] | (p[1] << 8));
@@ -37,6 +37,97 @@ uint8_t Luma(uint8_t r, uint8_t g, uint8_t b) {
   return static_cast<uint8_t>(std::min(luma, 255));
 }
 
+// What the two headers say, once they passed every check.
+struct BmpLayout {
+  int32_t width = 0;
+  int32_t height = 0;
+  uint16_t bits = 0;
+  std::size_t paletteEntries = 0;  // right after the information header
+  std::size_t dataOffset = 0;
+  std::size_t rowBytes = 0;  // pixel bytes of a row
+  std::size_t stride = 0;    // rowBytes padded to a multiple of 4
+  // Bytes from the file's start the picture needs: headers, palette and every row (the
+  // last row's padding not included, as the reader stops at its last pixel byte).
+  std::size_t needed = 0;
+};
+
+// Checks the first kHeadersSize bytes; false for a wrong type, an unsupported bit count,
+// a compressed or top-down file, or an empty or absurd size.
+bool ReadLayout(const uint8_t* head, BmpLayout& layout) {
+  if (U16(head) != kBitmapType) return false;
+  const uint8_t* info = head + kFileHeaderSize;
+  layout.dataOffset = U32(head + 10);
+  layout.width = static_cast<int32_t>(U32(info + 4));
+  layout.height = static_cast<int32_t>(U32(info + 8));
+  layout.bits = U16(info + 14);
+  if (U32(info + 16) != 0) return false;  // compressed
+  const int32_t w = layout.width, h = layout.height;
+  if (w < 1 || h < 1 || w > Picture::kMaxSide || h > Picture::kMaxSide) return false;
+  if (static_cast<int64_t>(w) * h > Picture::kMaxPixels) return false;
+  const std::size_t uw = static_cast<std::size_t>(w);
+  switch (layout.bits) {
+    case 24:
+      layout.paletteEntries = 0;
+      layout.rowBytes = uw * 3;
+      break;
+    case 8:
+      layout.paletteEntries = 256;
+      layout.rowBytes = uw;
+      break;
+    case 4:
+      layout.paletteEntries = 16;
+      layout.rowBytes = (uw + 1) / 2;
+      break;
+    case 1:
+      layout.paletteEntries = 2;
+      layout.rowBytes = (uw + 7) / 8;
+      break;
+    default:
+      return false;
+  }
+  layout.stride = (layout.rowBytes + 3) / 4 * 4;
+  const std::size_t paletteEnd = kHeadersSize + layout.paletteEntries * 4;
+  const std::size_t dataEnd =
+      layout.dataOffset + layout.stride * (static_cast<std::size_t>(h) - 1) + layout.rowBytes;
+  layout.needed = std::max(paletteEnd, dataEnd);
+  return true;
+}
+
+// Decodes a file whose first size bytes are data, size >= layout.needed.
+std::vector<uint8_t> Decode(const uint8_t* data, const BmpLayout& layout) {
+  std::array<uint8_t, 256> paletteLuma{};
+  for (std::size_t i = 0; i < layout.paletteEntries; ++i) {
+    const uint8_t* e = data + kHeadersSize + i * 4;  // blue, green, red, unused
+    paletteLuma[i] = Luma(e[2], e[1], e[0]);
+  }
+  const std::size_t uw = static_cast<std::size_t>(layout.width);
+  const std::size_t uh = static_cast<std::size_t>(layout.height);
+  std::vector<uint8_t> out(uw * uh);
+  for (std::size_t fileRow = 0; fileRow < uh; ++fileRow) {
+    const uint8_t* src = data + layout.dataOffset + fileRow * layout.stride;
+    uint8_t* dst = out.data() + (uh - 1 - fileRow) * uw;  // rows are stored bottom-up
+    switch (layout.bits) {
+      case 24:
+        for (std::size_t x = 0; x < uw; ++x)
+          dst[x] = Luma(src[x * 3 + 2], src[x * 3 + 1], src[x * 3]);
+        break;
+      case 8:
+        for (std::size_t x = 0; x < uw; ++x) dst[x] = paletteLuma[src[x]];
+        break;
+      case 4:
+        for (std::size_t x = 0; x < uw; ++x) {
+          const uint8_t byte = src[x / 2];
+          dst[x] = paletteLuma[(x % 2 == 0) ? (byte >> 4) : (byte & 0x0F)];
+        }
+        break;
+      default:
+        for (std::size_t x = 0; x < uw; ++x) dst[x] = paletteLuma[(src[x / 8] >> (7 - x % 8)) & 1];
+        break;
+    }
+  }
+  return out;
+}
+
 struct FileCloser {
   void operator()(std::FILE* f) const { std::fclose(f); }
 };
@@ -45,95 +136,12 @@ struct FileCloser {
 
 int Picture::LoadBitmapBytes(const uint8_t* data, std::size_t size) {
   FreePixels();
-  if (data == nullptr || size < kFileHeaderSize + kInfoHeaderSize) return -1;
-  if (U16(data) != kBitmapType) return -1;
-  const uint32_t dataOffset = U32(data + 10);
-  const uint8_t* info = data + kFileHeaderSize;
-  const int32_t w = static_cast<int32_t>(U32(info + 4));
-  const int32_t h = static_cast<int32_t>(U32(info + 8));
-  const uint16_t bits = U16(info + 14);
-  const uint32_t compression = U32(info + 16);
-  // Compressed and top-down (negative height) files are refused, as are empty and absurd
-  // sizes.
-  if (compression != 0) return -1;
-  if (w < 1 || h < 1 || w > kMaxSide || h > kMaxSide) return -1;
-  if (static_cast<int64_t>(w) * h > kMaxPixels) return -1;
-
-  std::size_t paletteEntries = 0;
-  switch (bits) {
-    case 24:
-      paletteEntries = 0;
-      break;
-    case 8:
-      paletteEntries = 256;
-      break;
-    case 4:
-      paletteEntries = 16;
-      break;
-    case 1:
-      paletteEntries = 2;
-      break;
-    default:
-      return -1;
-  }
-  const std::size_t paletteStart = kFileHeaderSize + kInfoHeaderSize;
-  if (size - paletteStart < paletteEntries * 4) return -1;
-  std::array<uint8_t, 256> paletteLuma{};
-  for (std::size_t i = 0; i < paletteEntries; ++i) {
-    const uint8_t* e = data + paletteStart + i * 4;  // blue, green, red, unused
-    paletteLuma[i] = Luma(e[2], e[1], e[0]);
-  }
-
-  const std::size_t uw = static_cast<std::size_t>(w);
-  std::size_t rowBytes = 0;
-  switch (bits) {
-    case 24:
-      rowBytes = uw * 3;
-      break;
-    case 8:
-      rowBytes = uw;
-      break;
-    case 4:
-      rowBytes = (uw + 1) / 2;
-      break;
-    default:
-      rowBytes = (uw + 7) / 8;
-      break;
-  }
-  const std::size_t stride = (rowBytes + 3) / 4 * 4;
-  const std::size_t uh = static_cast<std::size_t>(h);
-  // The last row need not carry its padding: the reader stops at the end of the data.
-  const std::size_t needed = stride * (uh - 1) + rowBytes;
-  if (dataOffset > size || size - dataOffset < needed) return -1;
-
-  std::vector<uint8_t> out(uw * uh);
-  for (std::size_t fileRow = 0; fileRow < uh; ++fileRow) {
-    const uint8_t* src = data + dataOffset + fileRow * stride;
-    uint8_t* dst = out.data() + (uh - 1 - fileRow) * uw;  // bottom-up
-    for (std::size_t x = 0; x < uw; ++x) {
-      switch (bits) {
-        case 24:
-          dst[x] = Luma(src[x * 3 + 2], src[x * 3 + 1], src[x * 3]);
-          break;
-        case 8:
-          dst[x] = paletteLuma[src[x]];
-          break;
-        case 4: {
-          const uint8_t byte = src[x / 2];
-          dst[x] = paletteLuma[(x % 2 == 0) ? (byte >> 4) : (byte & 0x0F)];
-          break;
-        }
-        default: {
-          const uint8_t byte = src[x / 8];
-          dst[x] = paletteLuma[(byte >> (7 - x % 8)) & 1];
-          break;
-        }
-      }
-    }
-  }
-  pixels.swap(out);
-  width = w;
-  height = h;
+  BmpLayout layout;
+  if (data == nullptr || size < kHeadersSize || !ReadLayout(data, layout)) return -1;
+  if (size < layout.needed) return -1;
+  pixels = Decode(data, layout);
+  width = layout.width;
+  height = layout.height;
   return 0;
 }
 
@@ -142,16 +150,16 @@ int Picture::LoadBitmapFile(const char* name) {
   if (name == nullptr || name[0] == '\0') return -1;
   std::unique_ptr<std::FILE, FileCloser> file(std::fopen(name, "rb"));
   if (!file) return -1;
+  uint8_t head[kHeadersSize];
+  if (std::fread(head, 1, sizeof head, file.get()) != sizeof head) return -1;
+  BmpLayout layout;
+  if (!ReadLayout(head, layout)) return -1;
+  // The file must hold everything the headers describe before anything is allocated.
   if (std::fseek(file.get(), 0, SEEK_END) != 0) return -1;
   const long fileSize = std::ftell(file.get());
-  if (fileSize < 0 || std::fseek(file.get(), 0, SEEK_SET) != 0) return -1;
-  // The headers tell how much of the file is needed; read no more than that, and never
-  // more than the file holds.
-  uint8_t head[kFileHeaderSize + kInfoHeaderSize];
-  if (std::fread(head, 1, sizeof head, file.get()) != sizeof head) return -1;
-  const long wanted = std::min(fileSize, kMaxFileBytes);
-  if (wanted < static_cast<long>(sizeof head)) return -1;
-  std::vector<uint8_t> bytes(static_cast<std::size_t>(wanted));
+  if (fileSize < 0 || static_cast<unsigned long>(fileSize) < layout.needed) return -1;
+  if (std::fseek(file.get(), static_cast<long>(sizeof head), SEEK_SET) != 0) return -1;
+  std::vector<uint8_t> bytes(layout.needed);
   std::copy(head, head + sizeof head, bytes.begin());
   const std::size_t rest = bytes.size() - sizeof head;
   if (std::fread(bytes.data() + sizeof head, 1, rest, file.get()) != rest) return -1;

@@ -137,6 +137,7 @@ TEST(LoadBitmapFile, RefusesWhatItCannotRead) {
   EXPECT_EQ(p.LoadBitmapFile(nullptr), -1);
   EXPECT_EQ(p.LoadBitmapFile(""), -1);
   EXPECT_EQ(p.LoadBitmapFile("/no/such/file.bmp"), -1);
+  EXPECT_EQ(p.LoadBitmapFile(std::filesystem::temp_directory_path().c_str()), -1);  // a folder
 
   std::string wrongType = BuildBmp(good);
   wrongType[0] = 'X';
