@@ -136,6 +136,21 @@ TEST_F(PipelineTest, DurationComesFromUpstreamThroughPassThrough) {
   EXPECT_DOUBLE_EQ(seconds, 0.2);
 }
 
+TEST_F(PipelineTest, FlushPassesDownstream) {
+  Add(source.Get(), u"Source");
+  Add(addOne.Get(), u"AddOne");
+  Add(sink.Get(), u"Sink");
+  ASSERT_EQ(graph->Connect(Out(source.Get()), In(addOne.Get())), S_OK);
+  ASSERT_EQ(graph->Connect(Out(addOne.Get(), 1), In(sink.Get())), S_OK);
+  // Streams are checked while stopped too: nothing is taken.
+  EXPECT_EQ(sink->Pin()->CheckStreaming(), VFW_E_WRONG_STATE);
+  ASSERT_EQ(In(addOne.Get())->BeginFlush(), S_OK);
+  EXPECT_TRUE(sink->Pin()->IsFlushing());
+  EXPECT_EQ(In(addOne.Get())->EndOfStream(), VFW_E_WRONG_STATE);
+  ASSERT_EQ(In(addOne.Get())->EndFlush(), S_OK);
+  EXPECT_FALSE(sink->Pin()->IsFlushing());
+}
+
 TEST_F(PipelineTest, SameNameGetsBlankAndNumber) {
   auto second = MakeCom<AddOneFilter>();
   auto third = MakeCom<AddOneFilter>();
