@@ -21,5 +21,7 @@ int RunSettingsCommand(Args args);
 int RunGeometryCommand(Args args);
 int RunSubsCommand(Args args);
 int RunTextImageCommand(Args args);
+int RunRenderCommand(Args args);
+int RunDemoCommand(Args args);
 
 }  // namespace korvalin::cli

@@ -27,6 +27,12 @@ constexpr std::string_view kUsage =
     "  subs find VIDEO [--path SEARCHPATH]\n"
     "  subs at FILE TIME_MS ...\n"
     "  text-image TEXT [--style sub|osd] [--width W] -o OUT.png\n"
+    "  render INPUT -o OUTPUT [--subs FILE] [--format yuy2|rgb32|rgb565] [--frames N]\n"
+    "                                   filter a YUV4MPEG2 clip (- for stdin/stdout);\n"
+    "                                   rgb32 and rgb565 write PNG frames into a folder\n"
+    "  demo [-o DIR]                    render a built-in clip with subtitles and the\n"
+    "                                   clock to DIR/demo.y4m and DIR/demo.png\n"
+    "                                   (DIR: ./korvalin-demo)\n"
     "\n"
     "Settings live in $KORVALIN_REGISTRY, else $XDG_CONFIG_HOME/korvalin/registry.reg.\n";
 
@@ -40,6 +46,8 @@ constexpr Command kCommands[] = {
     {"geometry", RunGeometryCommand},
     {"subs", RunSubsCommand},
     {"text-image", RunTextImageCommand},
+    {"render", RunRenderCommand},
+    {"demo", RunDemoCommand},
 };
 
 }  // namespace
