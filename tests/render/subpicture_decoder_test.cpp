@@ -111,6 +111,15 @@ TEST(ReadSubpicture, AssemblesAUnitAcrossThreePacksSkippingForeignPacks) {
   ExpectSamePicture(d.picture, ExpectedPicture(spec, TestLuma()));
 }
 
+TEST(ReadSubpicture, EachContinuationPackHasItsOwnHeaderLength) {
+  const UnitSpec spec = LargeSpec();
+  const auto packs = SplitUnit(BuildUnit(spec), 0x20, 7);
+  ASSERT_EQ(packs.size(), 3u);
+  const Decoded d = Decode(packs[0] + packs[1] + packs[2]);
+  ASSERT_EQ(d.result, 0);
+  ExpectSamePicture(d.picture, ExpectedPicture(spec, TestLuma()));
+}
+
 TEST(ReadSubpicture, FailsWhenTheUnitRunsPastTheEndOfTheFile) {
   const auto packs = SplitUnit(BuildUnit(LargeSpec()));
   const Decoded d = Decode(packs[0] + packs[1]);

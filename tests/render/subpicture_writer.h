@@ -187,14 +187,16 @@ inline std::string VideoPack() {
   return BuildPack(std::string(PackRoom(spec), '\x47'), spec);
 }
 
-// The unit cut into packs of substream: the first with a time stamp, the others without.
-inline std::vector<std::string> SplitUnit(const std::string& unit, uint8_t substream = 0x20) {
+// The unit cut into packs of substream: the first with a time stamp, the others without,
+// their PES header data nextHeaderLength bytes long.
+inline std::vector<std::string> SplitUnit(const std::string& unit, uint8_t substream = 0x20,
+                                          uint8_t nextHeaderLength = 0) {
   std::vector<std::string> packs;
   PackSpec first;
   first.substream = substream;
   PackSpec next = first;
   next.timeStamp = false;
-  next.headerDataLength = 0;
+  next.headerDataLength = nextHeaderLength;
   std::size_t at = 0;
   bool isFirst = true;
   do {
