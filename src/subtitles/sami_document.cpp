@@ -149,14 +149,15 @@ class SamiBuilder {
   void StartParagraph(const Tag& tag) {
     EndParagraph();
     inParagraph_ = true;
-    paragraph_.classKey = LowerAscii(TagAttribute(tag, "class").value_or(""));
+    const std::string className = TagAttribute(tag, "class").value_or("");
+    paragraph_.classKey = LowerAscii(className);
     paragraph_.markup.clear();
     paragraphTag_ = tag.text;
     if (paragraph_.classKey.empty()) return;
     for (const SamiClass& used : document_.usedClasses) {
       if (used.key == paragraph_.classKey) return;
     }
-    document_.usedClasses.push_back({paragraph_.classKey, *TagAttribute(tag, "class")});
+    document_.usedClasses.push_back({paragraph_.classKey, className});
   }
 
   void EndParagraph() {
