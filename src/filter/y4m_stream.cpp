@@ -155,7 +155,6 @@ std::string Y4mReader::ReadHeader() {
     return error_;
   }
   error_ = ParseY4mHeader(line, &header_);
-  if (error_.empty()) planar_.resize(PlanarFrameSize(header_));
   return error_;
 }
 
@@ -172,6 +171,7 @@ int Y4mReader::ReadFrame(std::vector<uint8_t>* frame) {
     error_ = "damaged frame header";
     return -1;
   }
+  planar_.resize(PlanarFrameSize(header_));  // on the first frame, not for a header alone
   if (std::fread(planar_.data(), 1, planar_.size(), file_) != planar_.size()) {
     error_ = "truncated frame";
     return -1;
