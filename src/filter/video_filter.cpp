@@ -120,32 +120,41 @@ void VideoFilter::UpdateSourceAspect() {
 HRESULT VideoFilter::GetMediaType(int position, AM_MEDIA_TYPE* type) {
   if (!InputPin()->IsConnected()) return E_UNEXPECTED;
   if (position < 0) return E_INVALIDARG;
-  std::lock_guard lock(frameLock);
+  // No frame lock: the upstream pin is asked for its types, and host locks are never taken
+  // inside it. The fields read here change only while the filter is stopped.
   UpdateSourceAspect();
   const PictureGeometry geometry(settings, sourceAspect, OverlaysShown());
   return OfferOutputType(position, InputPin()->CurrentMediaType(), geometry, settings.Overlay != 0,
                          type);
 }
 
-void VideoFilter::ReadConnectionTimes() {
+// Outside the frame lock: the graph's duration is asked under the graph's own lock.
+int32_t VideoFilter::MediaDurationMs() {
+  const ComPtr<IMediaPosition> position = QueryAs<IMediaPosition>(Graph());
+  double seconds = 0;
+  if (!position || FAILED(position->get_Duration(&seconds))) return 0;
+  return static_cast<int32_t>(seconds * 1000 + 0.5);
+}
+
+void VideoFilter::ReadConnectionTimes(int32_t mediaDurationMs) {
   const VideoFormat format = ToVideoFormat(InputPin()->CurrentMediaType());
   frameDuration = static_cast<int32_t>(format.AvgTimePerFrame & 0xFFFFFFFF);
   detectedFrameDuration = frameDuration;
   if (frameDuration > 0) track.ConvertFramesToMs(10000000.0f / static_cast<float>(frameDuration));
-  durationMs = 0;
-  const ComPtr<IMediaPosition> position = QueryAs<IMediaPosition>(Graph());
-  double seconds = 0;
-  if (position && SUCCEEDED(position->get_Duration(&seconds)))
-    durationMs = static_cast<int32_t>(seconds * 1000 + 0.5);
+  durationMs = mediaDurationMs;
 }
 
 HRESULT VideoFilter::CompleteConnect(PIN_DIRECTION direction, IPin* pin) {
-  std::lock_guard lock(frameLock);
-  borderRefresh = kBorderRefreshFrames;
-  lastSubtitleState = lastClockState = -1;
+  {
+    std::lock_guard lock(frameLock);
+    borderRefresh = kBorderRefreshFrames;
+    lastSubtitleState = lastClockState = -1;
+  }
   const HRESULT hr = TransformFilter::CompleteConnect(direction, pin);
-  if (FAILED(hr)) return hr;
-  if (direction == PINDIR_INPUT) ReadConnectionTimes();
+  if (FAILED(hr) || direction != PINDIR_INPUT) return hr;
+  const int32_t mediaDurationMs = MediaDurationMs();
+  std::lock_guard lock(frameLock);
+  ReadConnectionTimes(mediaDurationMs);
   return hr;
 }
 

@@ -72,7 +72,8 @@ class VideoFilter : public host::TransformFilter {
   TextRenderer& SubtitleImage();
   bool OverlaysShown() const;
   void UpdateSourceAspect();
-  void ReadConnectionTimes();
+  int32_t MediaDurationMs();
+  void ReadConnectionTimes(int32_t mediaDurationMs);
   // The per-frame steps; each returns false when the frame ends there with `*result`.
   bool AdoptInputType(host::IMediaSample* in, host::HRESULT* result);
   void AdoptOutputType(host::IMediaSample* out);

@@ -62,7 +62,6 @@ void VideoFilter::AdoptOutputType(IMediaSample* out) {
   MediaTypePtr type;
   if (out->GetMediaType(&type) == S_OK && type && !type->format.empty()) {
     OutputPin()->CurrentMediaType() = *type;
-    out->SetMediaType(nullptr);
     borderRefresh = kBorderRefreshFrames;
   }
 }

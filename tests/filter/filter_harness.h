@@ -121,10 +121,20 @@ class PushPin : public BaseOutputPin {
   AM_MEDIA_TYPE type_;
 };
 
-class PushSource : public BaseFilter {
+// Tells the graph a length of 12.3456 s.
+class PushSource : public BaseFilter, public IMediaPosition {
  public:
   explicit PushSource(AM_MEDIA_TYPE type)
       : BaseFilter(MakeGuid("22222222-0000-4000-8000-000000000001")), pin_(this, type) {}
+  HRESULT NonDelegatingQueryInterface(const IID& iid, void** out) override {
+    if (out && iid == IID_IMediaPosition)
+      return GetInterface(static_cast<IMediaPosition*>(this), out);
+    return BaseFilter::NonDelegatingQueryInterface(iid, out);
+  }
+  HRESULT get_Duration(double* seconds) override {
+    *seconds = 12.3456;
+    return S_OK;
+  }
   int GetPinCount() override { return 1; }
   BasePin* GetPin(int index) override { return index == 0 ? &pin_ : nullptr; }
   PushPin* Pin() { return &pin_; }

@@ -192,6 +192,7 @@ TEST(VideoFilterConnectionTest, ConnectsWithOneFrameBufferAndReadsFrameDuration)
   EXPECT_EQ(pipeline.filter->frameDuration, 333667);
   EXPECT_EQ(pipeline.filter->detectedFrameDuration, 333667);
   EXPECT_EQ(pipeline.filter->borderRefresh, 3);
+  EXPECT_EQ(pipeline.filter->durationMs, 12346);
 }
 
 TEST(VideoFilterConnectionTest, InputReconnectionReconnectsTheOutput) {
