@@ -11,6 +11,7 @@
 #include <fstream>
 #include <string>
 
+#include "filter/yuy2_media_type.h"
 #include "host/filter_graph.h"
 #include "host/input_pin.h"
 #include "host/media_guids.h"
@@ -22,23 +23,6 @@ namespace {
 using namespace host;
 
 constexpr REFERENCE_TIME kFrameTicks = 400000;
-
-AM_MEDIA_TYPE Yuy2Type(int32_t width, int32_t height) {
-  VIDEOINFOHEADER vih;
-  vih.AvgTimePerFrame = kFrameTicks;
-  vih.bmiHeader.biWidth = width;
-  vih.bmiHeader.biHeight = height;
-  vih.bmiHeader.biBitCount = 16;
-  vih.bmiHeader.biCompression = MEDIASUBTYPE_YUY2.Data1;
-  vih.bmiHeader.biSizeImage = GetBitmapSize(vih.bmiHeader);
-  AM_MEDIA_TYPE type;
-  type.majortype = MEDIATYPE_Video;
-  type.subtype = MEDIASUBTYPE_YUY2;
-  type.formattype = FORMAT_VideoInfo;
-  type.lSampleSize = vih.bmiHeader.biSizeImage;
-  SetFormatBlock(&type, vih);
-  return type;
-}
 
 class BenchSourcePin : public BaseOutputPin {
  public:
@@ -111,7 +95,8 @@ void Transform(benchmark::State& state, int32_t width, int32_t height, GUID subt
   std::ofstream(subs) << kTwoLines;
 
   const ComPtr<FilterGraph> graph = MakeCom<FilterGraph>();
-  const ComPtr<BenchSource> source = MakeCom<BenchSource>(Yuy2Type(width, height));
+  const ComPtr<BenchSource> source =
+      MakeCom<BenchSource>(Yuy2VideoType(width, height, kFrameTicks));
   const ComPtr<VideoFilter> filter = MakeCom<VideoFilter>(settings);
   const ComPtr<NullSink> sink = MakeCom<NullSink>(subtype);
   graph->AddFilter(source.Get(), u"Source");

@@ -15,7 +15,15 @@ Rect ToRect(const RECT& r) {
   return Rect{r.left, r.top, r.right, r.bottom};
 }
 
-void CopyBitmapHeader(const BITMAPINFOHEADER& header, VideoFormat* format) {
+// The fields both video blocks have, under the same names.
+template <class Block>
+void CopySharedFields(const Block& block, VideoFormat* format) {
+  format->rcSource = ToRect(block.rcSource);
+  format->rcTarget = ToRect(block.rcTarget);
+  format->dwBitRate = block.dwBitRate;
+  format->dwBitErrorRate = block.dwBitErrorRate;
+  format->AvgTimePerFrame = block.AvgTimePerFrame;
+  const BITMAPINFOHEADER& header = block.bmiHeader;
   format->biSize = header.biSize;
   format->biWidth = header.biWidth;
   format->biHeight = header.biHeight;
@@ -52,30 +60,20 @@ VideoFormat ToVideoFormat(const AM_MEDIA_TYPE& type) {
   if (type.formattype == FORMAT_VideoInfo) {
     VIDEOINFOHEADER vih;
     if (!ReadFormatBlock(type, &vih)) return format;
-    format.rcSource = ToRect(vih.rcSource);
-    format.rcTarget = ToRect(vih.rcTarget);
-    format.dwBitRate = vih.dwBitRate;
-    format.dwBitErrorRate = vih.dwBitErrorRate;
-    format.AvgTimePerFrame = vih.AvgTimePerFrame;
+    CopySharedFields(vih, &format);
     format.dwPictAspectRatioX = static_cast<uint32_t>(vih.bmiHeader.biWidth);
     format.dwPictAspectRatioY = static_cast<uint32_t>(vih.bmiHeader.biHeight);
-    CopyBitmapHeader(vih.bmiHeader, &format);
     return format;
   }
   VIDEOINFOHEADER2 vih2;
   if (!ReadFormatBlock(type, &vih2)) return format;
-  format.rcSource = ToRect(vih2.rcSource);
-  format.rcTarget = ToRect(vih2.rcTarget);
-  format.dwBitRate = vih2.dwBitRate;
-  format.dwBitErrorRate = vih2.dwBitErrorRate;
-  format.AvgTimePerFrame = vih2.AvgTimePerFrame;
+  CopySharedFields(vih2, &format);
   format.dwInterlaceFlags = vih2.dwInterlaceFlags;
   format.dwCopyProtectFlags = vih2.dwCopyProtectFlags;
   format.dwPictAspectRatioX = vih2.dwPictAspectRatioX;
   format.dwPictAspectRatioY = vih2.dwPictAspectRatioY;
   format.dwControlFlags = vih2.dwControlFlags;
   format.dwReserved2 = vih2.dwReserved2;
-  CopyBitmapHeader(vih2.bmiHeader, &format);
   return format;
 }
 

@@ -4,33 +4,13 @@
 #include <cstring>
 
 #include "filter/video_format_conversion.h"
+#include "filter/yuy2_media_type.h"
 #include "host/media_guids.h"
 #include "video/frame_row.h"
 
 namespace korvalin {
 
 using namespace host;
-
-namespace {
-
-AM_MEDIA_TYPE Yuy2Type(const Y4mHeader& header) {
-  VIDEOINFOHEADER vih;
-  vih.AvgTimePerFrame = header.FrameDuration();
-  vih.bmiHeader.biWidth = header.width;
-  vih.bmiHeader.biHeight = header.height;
-  vih.bmiHeader.biBitCount = 16;
-  vih.bmiHeader.biCompression = MEDIASUBTYPE_YUY2.Data1;
-  vih.bmiHeader.biSizeImage = GetBitmapSize(vih.bmiHeader);
-  AM_MEDIA_TYPE type;
-  type.majortype = MEDIATYPE_Video;
-  type.subtype = MEDIASUBTYPE_YUY2;
-  type.formattype = FORMAT_VideoInfo;
-  type.lSampleSize = vih.bmiHeader.biSizeImage;
-  SetFormatBlock(&type, vih);
-  return type;
-}
-
-}  // namespace
 
 class Y4mStream : public SourceStream {
  public:
@@ -46,7 +26,8 @@ class Y4mStream : public SourceStream {
   HRESULT GetMediaType(int position, AM_MEDIA_TYPE* type) override {
     if (position < 0) return E_INVALIDARG;
     if (position > 0) return VFW_S_NO_MORE_ITEMS;
-    *type = Yuy2Type(source_->header());
+    const Y4mHeader& header = source_->header();
+    *type = Yuy2VideoType(header.width, header.height, header.FrameDuration());
     return S_OK;
   }
   HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
@@ -72,8 +53,8 @@ class Y4mStream : public SourceStream {
     }
     AdoptAttachedType(sample);
     if (!CopyRows(sample)) return E_FAIL;
-    const REFERENCE_TIME duration = source_->header().FrameDuration();
-    REFERENCE_TIME start = next_ * duration, stop = start + duration;
+    REFERENCE_TIME start = source_->header().FrameStart(next_);
+    REFERENCE_TIME stop = source_->header().FrameStart(next_ + 1);
     sample->SetTime(&start, &stop);
     sample->SetSyncPoint(true);
     ++next_;

@@ -59,6 +59,11 @@ int64_t Y4mHeader::FrameDuration() const {
   return int64_t{10000000} * rateDenominator / rateNumerator;
 }
 
+int64_t Y4mHeader::FrameStart(int64_t n) const {
+  const long double ticks = static_cast<long double>(n) * 10000000.0L * rateDenominator;
+  return static_cast<int64_t>(ticks / rateNumerator);
+}
+
 std::size_t Y4mHeader::Yuy2FrameSize() const {
   return std::size_t(width) * std::size_t(height) * 2;
 }

@@ -23,6 +23,8 @@ struct Y4mHeader {
 
   // One frame's duration in 100 ns units.
   int64_t FrameDuration() const;
+  // Start of frame n in 100 ns units, exact over long streams (no summed rounding).
+  int64_t FrameStart(int64_t n) const;
   // Bytes of one packed YUY2 frame.
   std::size_t Yuy2FrameSize() const;
 };

@@ -83,6 +83,20 @@ TEST_F(RenderCliTest, RgbFramesCarryTheSubtitleExactlyDuringItsInterval) {
   }
 }
 
+TEST_F(RenderCliTest, WithoutOverlaysA422ClipComesBackByteForByte) {
+  std::string varied = "YUV4MPEG2 W320 H240 F25:1 Ip A1:1 C422\n";
+  for (int i = 0; i < 3; ++i) {
+    varied += "FRAME\n";
+    for (std::size_t b = 0; b < kFrameBytes; ++b)
+      varied += static_cast<char>(16 + (b * 31 + i) % 220);
+  }
+  const auto in = dir.Write("varied.y4m", varied);
+  const auto out = dir.path() / "out.y4m";
+  const CliResult result = RunCli({"render", in.string(), "-o", out.string()}, dir.registry());
+  ASSERT_EQ(result.status, 0) << result.err;
+  EXPECT_TRUE(ReadFile(out) == varied);
+}
+
 TEST_F(RenderCliTest, FramesOptionStopsEarly) {
   const auto out = dir.path() / "out.y4m";
   ASSERT_EQ(Render({"--frames", "3", "-o", out.string()}).status, 0);

@@ -13,6 +13,7 @@
 #include "filter/format_change_allocator.h"
 #include "filter/video_filter.h"
 #include "filter/video_format_conversion.h"
+#include "filter/yuy2_media_type.h"
 #include "host/filter_graph.h"
 #include "host/input_pin.h"
 #include "host/media_guids.h"
@@ -27,38 +28,16 @@ inline constexpr uint8_t kScribble = 0x55;
 
 inline AM_MEDIA_TYPE Yuy2Type(int32_t width, int32_t height,
                               REFERENCE_TIME frameTicks = kFrameTicks) {
-  VIDEOINFOHEADER vih;
-  vih.AvgTimePerFrame = frameTicks;
-  vih.dwBitRate = 1000;
-  vih.bmiHeader.biWidth = width;
-  vih.bmiHeader.biHeight = height;
-  vih.bmiHeader.biBitCount = 16;
-  vih.bmiHeader.biCompression = MEDIASUBTYPE_YUY2.Data1;
-  vih.bmiHeader.biSizeImage = GetBitmapSize(vih.bmiHeader);
-  AM_MEDIA_TYPE type;
-  type.majortype = MEDIATYPE_Video;
-  type.subtype = MEDIASUBTYPE_YUY2;
-  type.formattype = FORMAT_VideoInfo;
-  type.lSampleSize = vih.bmiHeader.biSizeImage;
-  SetFormatBlock(&type, vih);
-  return type;
+  return Yuy2VideoType(width, height, frameTicks);
 }
 
 inline AM_MEDIA_TYPE Yuy2Type2(int32_t width, int32_t height, uint32_t aspectX, uint32_t aspectY) {
+  AM_MEDIA_TYPE type = Yuy2Type(width, height);
+  ConvertVideoInfoToVideoInfo2(&type);
   VIDEOINFOHEADER2 vih;
-  vih.AvgTimePerFrame = kFrameTicks;
+  ReadFormatBlock(type, &vih);
   vih.dwPictAspectRatioX = aspectX;
   vih.dwPictAspectRatioY = aspectY;
-  vih.bmiHeader.biWidth = width;
-  vih.bmiHeader.biHeight = height;
-  vih.bmiHeader.biBitCount = 16;
-  vih.bmiHeader.biCompression = MEDIASUBTYPE_YUY2.Data1;
-  vih.bmiHeader.biSizeImage = GetBitmapSize(vih.bmiHeader);
-  AM_MEDIA_TYPE type;
-  type.majortype = MEDIATYPE_Video;
-  type.subtype = MEDIASUBTYPE_YUY2;
-  type.formattype = FORMAT_VideoInfo2;
-  type.lSampleSize = vih.bmiHeader.biSizeImage;
   SetFormatBlock(&type, vih);
   return type;
 }

@@ -57,6 +57,7 @@ TEST(Y4mHeaderTest, ParsesOrNamesTheProblem) {
   Y4mHeader header;
   ASSERT_EQ(ParseY4mHeader("YUV4MPEG2 W720 H480 F30000:1001", &header), "");
   EXPECT_EQ(header.FrameDuration(), 333666);
+  EXPECT_EQ(header.FrameStart(30000), 10010000000);  // 1001 s, no rounding summed up
   EXPECT_EQ(header.chroma, Y4mChroma::k420);
 }
 
