@@ -9,7 +9,7 @@ scripts/build.sh build-fuzz -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang+
   -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKORVALIN_FUZZ=ON -DKORVALIN_TESTS=OFF -DKORVALIN_BENCH=OFF
 corpus=../shared/corpus
 shopt -s nullglob
-targets=(build-fuzz/fuzz_*)
+targets=(build-fuzz/fuzz/fuzz_*)
 for target in "${targets[@]}"; do
   name=$(basename "$target")
   work=$(mktemp -d)
@@ -21,4 +21,5 @@ for target in "${targets[@]}"; do
     "$work" "${seeds[@]}" 2>&1 | tail -n 3
   rm -rf "$work"
 done
+[ ${#targets[@]} -gt 0 ] || { echo "no fuzz targets were built" >&2; exit 1; }
 echo "${#targets[@]} fuzz targets ran clean"
