@@ -97,6 +97,14 @@ TEST_F(RenderCliTest, WithoutOverlaysA422ClipComesBackByteForByte) {
   EXPECT_TRUE(ReadFile(out) == varied);
 }
 
+TEST_F(RenderCliTest, StoredSettingsShapeTheOutput) {
+  ASSERT_EQ(RunCli({"settings", "set", "bOverscan=1", "Overscan=8"}, dir.registry()).status, 0);
+  const auto out = dir.path() / "out.y4m";
+  ASSERT_EQ(Render({"--frames", "1", "-o", out.string()}).status, 0);
+  // 8 % of 320 columns: 12 black columns on each side.
+  EXPECT_EQ(ReadFile(out).substr(0, 20), "YUV4MPEG2 W344 H240 ");
+}
+
 TEST_F(RenderCliTest, FramesOptionStopsEarly) {
   const auto out = dir.path() / "out.y4m";
   ASSERT_EQ(Render({"--frames", "3", "-o", out.string()}).status, 0);
