@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -124,6 +125,22 @@ TEST(SubtitleEconomicTest, BorderRefreshFollowsTheSubtitle) {
         S_OK);
     EXPECT_EQ(pipeline.filter->lastSubtitleState, step.subtitleState) << step.startMs;
     EXPECT_EQ(pipeline.filter->borderRefresh, step.refreshAfter) << step.startMs;
+  }
+}
+
+// The elapsed-time clock draws a new image each second, which restarts the refresh.
+TEST(ClockEconomicTest, EachNewClockImageRestartsTheBorderRefresh) {
+  Settings settings = Plain();
+  settings.Economic = 1;
+  settings.OSD.OSDVideoTime = 1;
+  FilterPipeline pipeline(settings, Yuy2Type(320, 240));
+  ASSERT_EQ(pipeline.Start(), S_OK);
+  for (int frame = 0; frame < 27; ++frame) {
+    const REFERENCE_TIME start = frame * kFrameTicks;
+    ASSERT_EQ(pipeline.source->Pin()->Push(Between(start, start + kFrameTicks)), S_OK);
+    const int32_t sinceImage = frame < 25 ? frame : frame - 25;  // 0:00:00, then 0:00:01
+    EXPECT_EQ(pipeline.filter->lastClockState, sinceImage == 0 ? 0 : 1) << frame;
+    EXPECT_EQ(pipeline.filter->borderRefresh, std::max(0, 2 - sinceImage)) << frame;
   }
 }
 
