@@ -74,7 +74,8 @@ class VideoFilter : public host::TransformFilter {
   void UpdateSourceAspect();
   int32_t MediaDurationMs();
   void ReadConnectionTimes(int32_t mediaDurationMs);
-  // The per-frame steps; each returns false when the frame ends there with `*result`.
+  // The steps of Transform. AdoptInputType answers false when the frame ends there with
+  // `*result` (a refused type drops it).
   bool AdoptInputType(host::IMediaSample* in, host::HRESULT* result);
   void AdoptOutputType(host::IMediaSample* out);
   void UpdateOverlays(host::IMediaSample* in, host::IMediaSample* out, const FrameGeometry& g,
