@@ -96,7 +96,24 @@ Y4mSource::Y4mSource(std::FILE* file, int64_t maxFrames)
 }
 
 std::string Y4mSource::Open() {
-  return reader_.ReadHeader();
+  const std::string error = reader_.ReadHeader();
+  if (error.empty()) frameCount_ = reader_.CountFrames();
+  return error;
+}
+
+HRESULT Y4mSource::NonDelegatingQueryInterface(const IID& iid, void** out) {
+  if (out && iid == IID_IMediaPosition)
+    return GetInterface(static_cast<IMediaPosition*>(this), out);
+  return SourceFilter::NonDelegatingQueryInterface(iid, out);
+}
+
+HRESULT Y4mSource::get_Duration(double* seconds) {
+  if (seconds == nullptr) return E_POINTER;
+  int64_t frames = frameCount_;
+  if (maxFrames_ >= 0 && (frames < 0 || maxFrames_ < frames)) frames = maxFrames_;
+  if (frames < 0) return E_NOTIMPL;
+  *seconds = static_cast<double>(reader_.header().FrameStart(frames)) / 1e7;
+  return S_OK;
 }
 
 std::string Y4mSource::StreamError() {

@@ -17,12 +17,17 @@ inline constexpr host::CLSID CLSID_Y4mSource =
 // A source filter that reads a YUV4MPEG2 stream and sends its frames as YUY2 with times
 // from the stream's frame rate. It writes the rows in whichever orientation the
 // downstream pin asks for through a type attached to a buffer.
-class Y4mSource : public host::SourceFilter {
+//
+// A seekable file tells the graph its length, so the clock can count the time remaining.
+class Y4mSource : public host::SourceFilter, public host::IMediaPosition {
  public:
   // Reads from `file`, which stays the caller's; stops after `maxFrames` (< 0: all).
   Y4mSource(std::FILE* file, int64_t maxFrames);
   // Reads the stream header: "" on success, else the error.
   std::string Open();
+  host::HRESULT NonDelegatingQueryInterface(const host::IID& iid, void** out) override;
+  // E_NOTIMPL when the stream cannot tell (a pipe).
+  host::HRESULT get_Duration(double* seconds) override;
   const Y4mHeader& header() const { return reader_.header(); }
   // The error that ended the stream early, "" when it ended cleanly.
   std::string StreamError();
@@ -32,6 +37,7 @@ class Y4mSource : public host::SourceFilter {
   friend class Y4mStream;
   Y4mReader reader_;
   int64_t maxFrames_;
+  int64_t frameCount_ = -1;
   std::mutex stateLock_;
   std::string streamError_;
   int64_t framesSent_ = 0;

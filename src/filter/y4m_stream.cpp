@@ -186,6 +186,15 @@ int Y4mReader::ReadFrame(std::vector<uint8_t>* frame) {
   return 1;
 }
 
+int64_t Y4mReader::CountFrames() {
+  const long here = std::ftell(file_);
+  if (here < 0 || std::fseek(file_, 0, SEEK_END) != 0) return -1;
+  const long end = std::ftell(file_);
+  if (std::fseek(file_, here, SEEK_SET) != 0 || end < here) return -1;
+  const std::size_t frameBytes = kFrameTag.size() + 1 + PlanarFrameSize(header_);
+  return static_cast<int64_t>(static_cast<std::size_t>(end - here) / frameBytes);
+}
+
 bool Y4mWriter::WriteHeader(int32_t width, int32_t height, int32_t rateNumerator,
                             int32_t rateDenominator) {
   width_ = width;

@@ -51,6 +51,9 @@ class Y4mReader {
   std::string ReadHeader();
   // Reads the next frame as YUY2 into *frame: 1 read, 0 clean end of stream, -1 error.
   int ReadFrame(std::vector<uint8_t>* frame);
+  // After the header: the frames a seekable file holds when each has a bare "FRAME" line,
+  // or -1 when the stream cannot tell (a pipe).
+  int64_t CountFrames();
   const Y4mHeader& header() const { return header_; }
   const std::string& error() const { return error_; }
 
