@@ -107,10 +107,10 @@ TEST(SamiReader, ParsesRealWorldMarkup) {
 }
 
 TEST(SamiReader, ReadsUtf16WithItsByteOrderMark) {
-  const std::string little(
+  constexpr char kBytes[] =
       "\xFF\xFE<\0S\0Y\0N\0C\0 \0S\0t\0a\0r\0t\0=\0"
-      "7\0>\0\xE9\0",
-      34);
+      "7\0>\0\xE9\0";
+  const std::string little(kBytes, sizeof kBytes - 1);
   const TempFolder folder;
   SubtitleTrack track;
   ASSERT_EQ(ReadSami(track, folder.Write("u16.smi", little).c_str()), 0);
