@@ -1,4 +1,4 @@
-// libFuzzer target for LoadBitmapFile (Part 6.4): any file content loads or is refused
+// libFuzzer target for LoadBitmapFile: any file content loads or is refused
 // without reading or writing out of bounds, and a loaded picture is consistent. Loaded
 // pictures of modest size also go through CropToContent, SmoothEdges and ScaleTo.
 #include <sys/mman.h>

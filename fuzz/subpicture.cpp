@@ -1,4 +1,4 @@
-// libFuzzer target for ReadSubpicture (Part 6.5): the input poses as a VobSub ".sub" file
+// libFuzzer target for ReadSubpicture: the input poses as a VobSub ".sub" file
 // whose first unit starts at offset 0. Whatever the bytes, decoding stays inside the
 // assembled unit and the picture, and the picture is consistent.
 #include <cstddef>

@@ -1,4 +1,4 @@
-// libFuzzer target for the VobSub index parser (Part 4.9): the first line, the header pass,
+// libFuzzer target for the VobSub index parser: the first line, the header pass,
 // the stream choice and the stream pass over any bytes, plus the ".IFO" palette reader on
 // the same bytes. Nothing reads out of bounds.
 #include "subtitles/readers/vobsub_index.h"

@@ -7,7 +7,7 @@
 
 namespace korvalin {
 
-// An 8-bit single-channel subtitle image (Part 6.4): row-major, top row first, no padding;
+// An 8-bit single-channel subtitle image: row-major, top row first, no padding;
 // 0 is transparent, any other value a brightness (luma) the renderer multiplies with the
 // style's colour. An empty picture has width = height = 0 and no pixels.
 class Picture {
@@ -60,7 +60,7 @@ class Picture {
   std::vector<uint8_t> pixels;
 };
 
-// SmoothPixel of Part 6.4: the nine values of a 3 x 3 neighbourhood in row order
+// SmoothPixel: the nine values of a 3 x 3 neighbourhood in row order
 // (top-left .. bottom-right, centre at index 4); returns the centre's new value.
 uint8_t SmoothPixel(const std::array<uint8_t, 9>& n);
 

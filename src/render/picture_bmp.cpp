@@ -1,4 +1,4 @@
-// LoadBitmapFile of Part 6.4: uncompressed bottom-up Windows BMP files, 24, 8, 4 and 1 bits
+// LoadBitmapFile: uncompressed bottom-up Windows BMP files, 24, 8, 4 and 1 bits
 // per pixel, read as luma. The headers are checked first; only then is the part of the file
 // they describe read, and only when the file holds all of it, so no allocation is ever
 // larger than what the file backs.

@@ -1,4 +1,4 @@
-// ScaleTo of Part 6.4: bilinear resize whose first and last target pixels fall exactly on
+// ScaleTo: bilinear resize whose first and last target pixels fall exactly on
 // the first and last source pixels.
 #include "render/picture.h"
 

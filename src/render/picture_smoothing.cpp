@@ -1,4 +1,4 @@
-// SmoothEdges and SmoothPixel of Part 6.4.
+// SmoothEdges and SmoothPixel.
 #include <algorithm>
 #include <cstdlib>
 
@@ -57,20 +57,20 @@ struct PatternTable {
 constexpr PatternTable BuildTable() {
   PatternTable table{};
   int n = 0;
-  for (const PatternSpec& spec : kPatterns) {
+  for (const PatternSpec& shape : kPatterns) {
     for (int o = 0; o < 8; ++o) {
       uint16_t mask = 0, value = 0;
       for (int r = 0; r < 3; ++r) {
         for (int c = 0; c < 3; ++c) {
           const int place = r * 3 + c;
           if (place == 4) continue;
-          const int8_t cell = spec.cells[Source(o, r, c)];
+          const int8_t cell = shape.cells[Source(o, r, c)];
           if (cell == 2) continue;
           mask = static_cast<uint16_t>(mask | (1u << place));
           if (cell == 1) value = static_cast<uint16_t>(value | (1u << place));
         }
       }
-      table.entries[n++] = {mask, value, spec.weight};
+      table.entries[n++] = {mask, value, shape.weight};
     }
   }
   return table;

@@ -1,4 +1,4 @@
-// ReadSubpicture of Part 6.5: pack checks and the assembly of one subpicture unit from the
+// ReadSubpicture: pack checks and the assembly of one subpicture unit from the
 // packs of its stream.
 #include "render/subpicture_decoder.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 constexpr int64_t kLargestOffset = int64_t{1} << 31;  // offsets from 2 GB on are refused
 
-// Byte positions within a pack (Part 6.5).
+// Byte positions within a pack.
 constexpr std::size_t kPesFlags1 = 20;
 constexpr std::size_t kPesFlags2 = 21;
 constexpr std::size_t kPesHeaderLength = 22;

@@ -9,7 +9,7 @@
 
 namespace korvalin {
 
-// The luma (1 to 255) of each of the 16 palette colours of a VobSub file (Part 4.9), and
+// The luma (1 to 255) of each of the 16 palette colours of a VobSub file, and
 // whether a palette was read at all.
 struct LumaPalette {
   std::array<uint8_t, 16> luma{};
@@ -19,7 +19,7 @@ struct LumaPalette {
 // Size of one MPEG-2 program stream pack of a VobSub ".sub" file.
 inline constexpr std::size_t kSubpicturePackSize = 2048;
 
-// ReadSubpicture of Part 6.5: reads the DVD subpicture unit whose first pack begins at
+// ReadSubpicture: reads the DVD subpicture unit whose first pack begins at
 // offset in file, assembles it across packs (packs of other streams skipped), runs its
 // control commands and decodes its interlaced run-length-coded pixels into picture (one
 // luma byte per pixel of the display area, 0 transparent). duration receives the display
@@ -34,9 +34,9 @@ inline constexpr std::size_t kSubpicturePackSize = 2048;
 int ReadSubpicture(Picture& picture, int32_t& duration, int64_t offset, StdFile& file,
                    const LumaPalette& palette);
 
-// Steps 4 to 6 on an assembled unit: unit holds the unit from its fifth byte on (unit
-// offset o at position o - 4), controlOffset is the unit header's control offset, which
-// Part 6.5 uses as a buffer position (the first command of the first control sequence).
+// Decodes an assembled unit: unit holds the unit from its fifth byte on (unit
+// offset o at position o - 4), controlOffset is the unit header's control offset,
+// used as a buffer position (the first command of the first control sequence).
 // Returns 0 or -1 as ReadSubpicture.
 int DecodeSubpictureUnit(const uint8_t* unit, std::size_t size, uint32_t controlOffset,
                          const LumaPalette& palette, Picture& picture, int32_t& duration);

@@ -1,4 +1,4 @@
-// Steps 4 to 6 of ReadSubpicture (Part 6.5): the control commands of an assembled unit and
+// The second half of ReadSubpicture: the control commands of an assembled unit and
 // its interlaced run-length-coded pixel data. Every read is checked against the unit's
 // size and every write against the picture's.
 #include <algorithm>
@@ -156,7 +156,7 @@ void DecodePixels(const uint8_t* unit, std::size_t size, int64_t controlPosition
 int DecodeSubpictureUnit(const uint8_t* unit, std::size_t size, uint32_t controlOffset,
                          const LumaPalette& palette, Picture& picture, int32_t& duration) {
   picture.FreePixels();
-  // As Part 6.5 has it, the control offset is used as a buffer position: the commands start
+  // The control offset is used as a buffer position: the commands start
   // there (the first command of the first sequence, after its delay and next offset), and
   // pixel decoding stops when a field's read position reaches it.
   const std::size_t controlPosition = controlOffset;

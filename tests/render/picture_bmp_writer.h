@@ -28,17 +28,17 @@ inline void PutLe(std::string& s, uint32_t v, int bytes) {
   for (int i = 0; i < bytes; ++i) s.push_back(static_cast<char>((v >> (8 * i)) & 0xFF));
 }
 
-inline std::string EncodeBmpRow(const BmpSpec& spec, const std::vector<uint32_t>& row) {
+inline std::string EncodeBmpRow(const BmpSpec& bmp, const std::vector<uint32_t>& row) {
   std::string out;
-  if (spec.bits == 24) {
+  if (bmp.bits == 24) {
     for (uint32_t c : row) {
       out.push_back(static_cast<char>(c & 0xFF));
       out.push_back(static_cast<char>((c >> 8) & 0xFF));
       out.push_back(static_cast<char>((c >> 16) & 0xFF));
     }
-  } else if (spec.bits == 8) {
+  } else if (bmp.bits == 8) {
     for (uint32_t c : row) out.push_back(static_cast<char>(c));
-  } else if (spec.bits == 4) {
+  } else if (bmp.bits == 4) {
     for (std::size_t i = 0; i < row.size(); i += 2) {
       const uint32_t lo = i + 1 < row.size() ? row[i + 1] : 0;
       out.push_back(static_cast<char>((row[i] << 4) | lo));
@@ -55,28 +55,28 @@ inline std::string EncodeBmpRow(const BmpSpec& spec, const std::vector<uint32_t>
   return out;
 }
 
-inline std::string BuildBmp(const BmpSpec& spec) {
+inline std::string BuildBmp(const BmpSpec& bmp) {
   std::string pal;
-  for (const Rgb& c : spec.palette) {
+  for (const Rgb& c : bmp.palette) {
     pal.push_back(static_cast<char>(c.b));
     pal.push_back(static_cast<char>(c.g));
     pal.push_back(static_cast<char>(c.r));
     pal.push_back('\0');
   }
   std::string data;
-  for (auto it = spec.rows.rbegin(); it != spec.rows.rend(); ++it) data += EncodeBmpRow(spec, *it);
-  const uint32_t offset = static_cast<uint32_t>(14 + 40 + pal.size() + spec.dataOffsetDelta);
+  for (auto it = bmp.rows.rbegin(); it != bmp.rows.rend(); ++it) data += EncodeBmpRow(bmp, *it);
+  const uint32_t offset = static_cast<uint32_t>(14 + 40 + pal.size() + bmp.dataOffsetDelta);
   std::string out;
   PutLe(out, 19778, 2);
   PutLe(out, static_cast<uint32_t>(14 + 40 + pal.size() + data.size()), 4);
   PutLe(out, 0, 4);
   PutLe(out, offset, 4);
   PutLe(out, 40, 4);
-  PutLe(out, static_cast<uint32_t>(spec.width), 4);
-  PutLe(out, static_cast<uint32_t>(spec.height), 4);
+  PutLe(out, static_cast<uint32_t>(bmp.width), 4);
+  PutLe(out, static_cast<uint32_t>(bmp.height), 4);
   PutLe(out, 1, 2);
-  PutLe(out, spec.bits, 2);
-  PutLe(out, spec.compression, 4);
+  PutLe(out, bmp.bits, 2);
+  PutLe(out, bmp.compression, 4);
   PutLe(out, static_cast<uint32_t>(data.size()), 4);
   PutLe(out, 2835, 4);
   PutLe(out, 2835, 4);

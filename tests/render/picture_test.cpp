@@ -60,13 +60,13 @@ TEST(Picture, StartsEmptyAndFreesItsPixels) {
 }
 
 TEST(LoadBitmapFile, Reads24BitPixelsAsLuma) {
-  BmpSpec spec;
-  spec.width = 5;
-  spec.height = 2;
-  spec.rows = {{0xFFFFFF, 0x000000, 0xFF0000, 0x00FF00, 0x0000FF},
+  BmpSpec bmp;
+  bmp.width = 5;
+  bmp.height = 2;
+  bmp.rows = {{0xFFFFFF, 0x000000, 0xFF0000, 0x00FF00, 0x0000FF},
                {0x808080, 0x010101, 0xFFFFFF, 0xFFFFFF, 0x000000}};
   Picture p;
-  ASSERT_EQ(Load(p, BuildBmp(spec)), 0);
+  ASSERT_EQ(Load(p, BuildBmp(bmp)), 0);
   ASSERT_EQ(p.width, 5);
   ASSERT_EQ(p.height, 2);
   EXPECT_EQ(p.At(0, 0), 255);  // white
@@ -116,12 +116,12 @@ TEST(LoadBitmapFile, ReadsPalettedPixels) {
 }
 
 TEST(LoadBitmapFile, HonoursThePixelDataOffset) {
-  BmpSpec spec;
-  spec.width = 1;
-  spec.height = 1;
-  spec.rows = {{0xFFFFFF}};
-  spec.dataOffsetDelta = 3;  // three gap bytes before the pixels
-  std::string bytes = BuildBmp(spec);
+  BmpSpec bmp;
+  bmp.width = 1;
+  bmp.height = 1;
+  bmp.rows = {{0xFFFFFF}};
+  bmp.dataOffsetDelta = 3;  // three gap bytes before the pixels
+  std::string bytes = BuildBmp(bmp);
   bytes.insert(54, "\x00\x00\x00", 3);
   Picture p;
   ASSERT_EQ(Load(p, bytes), 0);
@@ -189,11 +189,11 @@ TEST(LoadBitmapFile, RefusesWhatItCannotRead) {
 }
 
 TEST(LoadBitmapFile, BytesInMemoryReadAlike) {
-  BmpSpec spec;
-  spec.width = 2;
-  spec.height = 2;
-  spec.rows = {{0xFFFFFF, 0}, {0, 0xFF0000}};
-  const std::string bytes = BuildBmp(spec);
+  BmpSpec bmp;
+  bmp.width = 2;
+  bmp.height = 2;
+  bmp.rows = {{0xFFFFFF, 0}, {0, 0xFF0000}};
+  const std::string bytes = BuildBmp(bmp);
   Picture p;
   ASSERT_EQ(p.LoadBitmapBytes(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()), 0);
   EXPECT_EQ(p.pixels, (std::vector<uint8_t>{255, 0, 0, 76}));

@@ -64,11 +64,11 @@ void ExpectSamePicture(const Picture& actual, const Picture& expected) {
 }
 
 TEST(ReadSubpicture, DecodesAUnitThatFitsInOnePack) {
-  const UnitSpec spec = SmallSpec();
-  const Decoded d = Decode(BuildPack(BuildUnit(spec)));
+  const UnitSpec layout = SmallSpec();
+  const Decoded d = Decode(BuildPack(BuildUnit(layout)));
   ASSERT_EQ(d.result, 0);
   EXPECT_EQ(d.duration, 1137);  // delay 100 x 1024 / 90
-  ExpectSamePicture(d.picture, ExpectedPicture(spec, TestLuma()));
+  ExpectSamePicture(d.picture, ExpectedPicture(layout, TestLuma()));
   // Row 1: code 0 is transparent, code 1 has colour 1 -> luma 31.
   EXPECT_EQ(d.picture.At(0, 1), 0);
   EXPECT_EQ(d.picture.At(1, 1), 31);
@@ -92,8 +92,8 @@ UnitSpec LargeSpec() {
 }
 
 TEST(ReadSubpicture, AssemblesAUnitAcrossThreePacksSkippingForeignPacks) {
-  const UnitSpec spec = LargeSpec();
-  const std::string unit = BuildUnit(spec);
+  const UnitSpec layout = LargeSpec();
+  const std::string unit = BuildUnit(layout);
   const auto packs = SplitUnit(unit, 0x21);
   ASSERT_EQ(packs.size(), 3u);
   PackSpec otherStream;
@@ -108,16 +108,16 @@ TEST(ReadSubpicture, AssemblesAUnitAcrossThreePacksSkippingForeignPacks) {
   const Decoded d = Decode(file, 2048);
   ASSERT_EQ(d.result, 0);
   EXPECT_EQ(d.duration, 1137);
-  ExpectSamePicture(d.picture, ExpectedPicture(spec, TestLuma()));
+  ExpectSamePicture(d.picture, ExpectedPicture(layout, TestLuma()));
 }
 
 TEST(ReadSubpicture, EachContinuationPackHasItsOwnHeaderLength) {
-  const UnitSpec spec = LargeSpec();
-  const auto packs = SplitUnit(BuildUnit(spec), 0x20, 7);
+  const UnitSpec layout = LargeSpec();
+  const auto packs = SplitUnit(BuildUnit(layout), 0x20, 7);
   ASSERT_EQ(packs.size(), 3u);
   const Decoded d = Decode(packs[0] + packs[1] + packs[2]);
   ASSERT_EQ(d.result, 0);
-  ExpectSamePicture(d.picture, ExpectedPicture(spec, TestLuma()));
+  ExpectSamePicture(d.picture, ExpectedPicture(layout, TestLuma()));
 }
 
 TEST(ReadSubpicture, FailsWhenTheUnitRunsPastTheEndOfTheFile) {
@@ -167,27 +167,27 @@ TEST(ReadSubpicture, RefusesOffsetsFrom2GiBOnAndNegativeOnes) {
 }
 
 TEST(ReadSubpicture, DurationIsZeroWithoutASecondControlSequence) {
-  UnitSpec spec = SmallSpec();
-  spec.secondSequence = false;
-  const Decoded d = Decode(BuildPack(BuildUnit(spec)));
+  UnitSpec layout = SmallSpec();
+  layout.secondSequence = false;
+  const Decoded d = Decode(BuildPack(BuildUnit(layout)));
   ASSERT_EQ(d.result, 0);
   EXPECT_EQ(d.duration, 0);
-  ExpectSamePicture(d.picture, ExpectedPicture(spec, TestLuma()));
+  ExpectSamePicture(d.picture, ExpectedPicture(layout, TestLuma()));
 }
 
 TEST(ReadSubpicture, DurationFollowsTheDelayUnit) {
   for (const auto& [delay, ms] : {std::pair{1, 11}, {90, 1024}, {100, 1137}, {65535, 745642}}) {
-    UnitSpec spec = SmallSpec();
-    spec.delay = delay;
-    EXPECT_EQ(Decode(BuildPack(BuildUnit(spec))).duration, ms) << delay;
+    UnitSpec layout = SmallSpec();
+    layout.delay = delay;
+    EXPECT_EQ(Decode(BuildPack(BuildUnit(layout))).duration, ms) << delay;
   }
 }
 
 TEST(ReadSubpicture, OnlyCodesWithContrastAbove3AreOpaque) {
-  UnitSpec spec = SmallSpec();
-  spec.contrast = {0, 15, 0, 0};
-  spec.colour = {9, 12, 3, 4};
-  const Decoded d = Decode(BuildPack(BuildUnit(spec)));
+  UnitSpec layout = SmallSpec();
+  layout.contrast = {0, 15, 0, 0};
+  layout.colour = {9, 12, 3, 4};
+  const Decoded d = Decode(BuildPack(BuildUnit(layout)));
   ASSERT_EQ(d.result, 0);
   for (int32_t y = 0; y < 4; ++y) {
     for (int32_t x = 0; x < 6; ++x) {
@@ -198,35 +198,35 @@ TEST(ReadSubpicture, OnlyCodesWithContrastAbove3AreOpaque) {
   EXPECT_EQ(d.picture.At(0, 0), TestLuma()[12]);  // code 1
   EXPECT_EQ(d.picture.At(2, 0), 0);               // code 2, contrast 0
   // Contrast 3 is still transparent, 4 already opaque.
-  spec.contrast = {0, 3, 4, 0};
-  const Decoded e = Decode(BuildPack(BuildUnit(spec)));
+  layout.contrast = {0, 3, 4, 0};
+  const Decoded e = Decode(BuildPack(BuildUnit(layout)));
   EXPECT_EQ(e.picture.At(0, 0), 0);
   EXPECT_EQ(e.picture.At(2, 0), TestLuma()[3]);
 }
 
 TEST(ReadSubpicture, UsesTheLongCodeForms) {
-  UnitSpec spec;
-  spec.width = 300;
-  spec.height = 2;
-  spec.rows = {Row{{3, 1}, {15, 2}, {63, 3}, {200, 1}, {19, 2}}, Row{{255, 3}, {45, 1}}};
-  const Decoded d = Decode(BuildPack(BuildUnit(spec)));
+  UnitSpec layout;
+  layout.width = 300;
+  layout.height = 2;
+  layout.rows = {Row{{3, 1}, {15, 2}, {63, 3}, {200, 1}, {19, 2}}, Row{{255, 3}, {45, 1}}};
+  const Decoded d = Decode(BuildPack(BuildUnit(layout)));
   ASSERT_EQ(d.result, 0);
-  ExpectSamePicture(d.picture, ExpectedPicture(spec, TestLuma()));
+  ExpectSamePicture(d.picture, ExpectedPicture(layout, TestLuma()));
 }
 
 TEST(ReadSubpicture, FailsOnAnUnknownCommand) {
-  UnitSpec spec = SmallSpec();
-  spec.extraCommands = "\x07";
-  EXPECT_EQ(Decode(BuildPack(BuildUnit(spec))).result, -1);
-  spec.extraCommands = "\x00";  // forced display: nothing
-  spec.extraCommands.resize(1);
-  EXPECT_EQ(Decode(BuildPack(BuildUnit(spec))).result, 0);
+  UnitSpec layout = SmallSpec();
+  layout.extraCommands = "\x07";
+  EXPECT_EQ(Decode(BuildPack(BuildUnit(layout))).result, -1);
+  layout.extraCommands = "\x00";  // forced display: nothing
+  layout.extraCommands.resize(1);
+  EXPECT_EQ(Decode(BuildPack(BuildUnit(layout))).result, 0);
 }
 
 TEST(ReadSubpicture, LaterCommandsOverwriteEarlierOnes) {
-  UnitSpec spec = SmallSpec();
-  spec.extraCommands = std::string("\x04\x00\x00", 3);  // all transparent after all
-  const Decoded d = Decode(BuildPack(BuildUnit(spec)));
+  UnitSpec layout = SmallSpec();
+  layout.extraCommands = std::string("\x04\x00\x00", 3);  // all transparent after all
+  const Decoded d = Decode(BuildPack(BuildUnit(layout)));
   ASSERT_EQ(d.result, 0);
   EXPECT_EQ(d.picture.width, 6);
   for (uint8_t v : d.picture.pixels) EXPECT_EQ(v, 0);

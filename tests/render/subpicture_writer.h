@@ -1,7 +1,7 @@
 #pragma once
 
 // Builds DVD subpicture units and the MPEG-2 program stream packs that carry them, so that
-// each case of Part 6.5 is made on purpose. Bytes are kept in std::string, ready for a
+// each decoding case is made on purpose. Bytes are kept in std::string, ready for a
 // fixture file or StdFile::OpenMemory.
 
 #include <algorithm>
@@ -73,42 +73,42 @@ struct UnitSpec {
 };
 
 // The whole unit: size, control offset, top field, bottom field, control sequences.
-inline std::string BuildUnit(const UnitSpec& spec) {
+inline std::string BuildUnit(const UnitSpec& layout) {
   std::string top, bottom;
-  for (std::size_t y = 0; y < spec.rows.size(); ++y)
-    (y % 2 == 0 ? top : bottom) += EncodeRow(spec.rows[y]);
+  for (std::size_t y = 0; y < layout.rows.size(); ++y)
+    (y % 2 == 0 ? top : bottom) += EncodeRow(layout.rows[y]);
   const uint32_t topOffset = 4;
   const uint32_t bottomOffset = 4 + static_cast<uint32_t>(top.size());
   const uint32_t control = bottomOffset + static_cast<uint32_t>(bottom.size());
-  const int32_t x2 = spec.x1 + spec.width - 1;
-  const int32_t y2 = spec.y1 + spec.height - 1;
+  const int32_t x2 = layout.x1 + layout.width - 1;
+  const int32_t y2 = layout.y1 + layout.height - 1;
   std::string commands;
   commands += '\x03';
-  commands.push_back(static_cast<char>((spec.colour[3] << 4) | spec.colour[2]));
-  commands.push_back(static_cast<char>((spec.colour[1] << 4) | spec.colour[0]));
+  commands.push_back(static_cast<char>((layout.colour[3] << 4) | layout.colour[2]));
+  commands.push_back(static_cast<char>((layout.colour[1] << 4) | layout.colour[0]));
   commands += '\x04';
-  commands.push_back(static_cast<char>((spec.contrast[3] << 4) | spec.contrast[2]));
-  commands.push_back(static_cast<char>((spec.contrast[1] << 4) | spec.contrast[0]));
+  commands.push_back(static_cast<char>((layout.contrast[3] << 4) | layout.contrast[2]));
+  commands.push_back(static_cast<char>((layout.contrast[1] << 4) | layout.contrast[0]));
   commands += '\x05';
-  commands.push_back(static_cast<char>(spec.x1 >> 4));
-  commands.push_back(static_cast<char>(((spec.x1 & 15) << 4) | ((x2 >> 8) & 15)));
+  commands.push_back(static_cast<char>(layout.x1 >> 4));
+  commands.push_back(static_cast<char>(((layout.x1 & 15) << 4) | ((x2 >> 8) & 15)));
   commands.push_back(static_cast<char>(x2 & 0xFF));
-  commands.push_back(static_cast<char>(spec.y1 >> 4));
-  commands.push_back(static_cast<char>(((spec.y1 & 15) << 4) | ((y2 >> 8) & 15)));
+  commands.push_back(static_cast<char>(layout.y1 >> 4));
+  commands.push_back(static_cast<char>(((layout.y1 & 15) << 4) | ((y2 >> 8) & 15)));
   commands.push_back(static_cast<char>(y2 & 0xFF));
   commands += '\x06';
   PutU16(commands, topOffset);
   PutU16(commands, bottomOffset);
-  commands += spec.extraCommands;
+  commands += layout.extraCommands;
   commands += '\x01';
   commands += '\xFF';
   std::string sequences;
   const uint32_t second = control + 4 + static_cast<uint32_t>(commands.size());
   PutU16(sequences, 0);
-  PutU16(sequences, spec.secondSequence ? second : control);
+  PutU16(sequences, layout.secondSequence ? second : control);
   sequences += commands;
-  if (spec.secondSequence) {
-    PutU16(sequences, static_cast<uint32_t>(spec.delay));
+  if (layout.secondSequence) {
+    PutU16(sequences, static_cast<uint32_t>(layout.delay));
     PutU16(sequences, second);
     sequences += "\x02\xFF";
   }
@@ -119,18 +119,18 @@ inline std::string BuildUnit(const UnitSpec& spec) {
 }
 
 // What a unit should decode to, with the palette's luma values.
-inline Picture ExpectedPicture(const UnitSpec& spec, const std::array<uint8_t, 16>& luma) {
-  Picture p(spec.width, spec.height);
-  for (int32_t y = 0; y < spec.height && y < static_cast<int32_t>(spec.rows.size()); ++y) {
+inline Picture ExpectedPicture(const UnitSpec& layout, const std::array<uint8_t, 16>& luma) {
+  Picture p(layout.width, layout.height);
+  for (int32_t y = 0; y < layout.height && y < static_cast<int32_t>(layout.rows.size()); ++y) {
     int32_t x = 0;
-    for (const Run& r : spec.rows[static_cast<std::size_t>(y)]) {
-      if (r.length == 0 || x >= spec.width) break;
-      const int32_t n = std::min(r.length, spec.width - x);
-      const uint8_t v = spec.contrast[static_cast<std::size_t>(r.code)] > 3
-                            ? luma[spec.colour[static_cast<std::size_t>(r.code)]]
+    for (const Run& r : layout.rows[static_cast<std::size_t>(y)]) {
+      if (r.length == 0 || x >= layout.width) break;
+      const int32_t n = std::min(r.length, layout.width - x);
+      const uint8_t v = layout.contrast[static_cast<std::size_t>(r.code)] > 3
+                            ? luma[layout.colour[static_cast<std::size_t>(r.code)]]
                             : 0;
       for (int32_t i = 0; i < n; ++i)
-        p.pixels[static_cast<std::size_t>(y * spec.width + x + i)] = v;
+        p.pixels[static_cast<std::size_t>(y * layout.width + x + i)] = v;
       x += n;
     }
   }
@@ -146,25 +146,25 @@ struct PackSpec {
 };
 
 // Payload room of a pack: 2048 - 24 - h.
-inline std::size_t PackRoom(const PackSpec& spec) {
-  return kPackSize - 24 - spec.headerDataLength;
+inline std::size_t PackRoom(const PackSpec& layout) {
+  return kPackSize - 24 - layout.headerDataLength;
 }
 
 // One 2048-byte pack with payload (at most PackRoom bytes) after the substream byte; the
 // rest is a padding stream.
-inline std::string BuildPack(const std::string& payload, const PackSpec& spec = {}) {
+inline std::string BuildPack(const std::string& payload, const PackSpec& layout = {}) {
   std::string p("\x00\x00\x01\xBA\x44\x00\x04\x00\x04\x01\x01\x89\xC3\xF8", 14);
   std::string pesHeader;
-  pesHeader.push_back(static_cast<char>(0x81 | (spec.scrambled ? 0x10 : 0)));
-  pesHeader.push_back(static_cast<char>(spec.timeStamp ? 0x80 : 0x00));
-  pesHeader.push_back(static_cast<char>(spec.headerDataLength));
-  std::string data(spec.headerDataLength, '\xFF');
-  if (spec.timeStamp && spec.headerDataLength > 0) data[0] = '\x21';
+  pesHeader.push_back(static_cast<char>(0x81 | (layout.scrambled ? 0x10 : 0)));
+  pesHeader.push_back(static_cast<char>(layout.timeStamp ? 0x80 : 0x00));
+  pesHeader.push_back(static_cast<char>(layout.headerDataLength));
+  std::string data(layout.headerDataLength, '\xFF');
+  if (layout.timeStamp && layout.headerDataLength > 0) data[0] = '\x21';
   pesHeader += data;
-  pesHeader.push_back(static_cast<char>(spec.substream));
+  pesHeader.push_back(static_cast<char>(layout.substream));
   pesHeader += payload;
   p += std::string("\x00\x00\x01", 3);
-  p.push_back(static_cast<char>(spec.streamId));
+  p.push_back(static_cast<char>(layout.streamId));
   PutU16(p, static_cast<uint32_t>(pesHeader.size()));
   p += pesHeader;
   if (p.size() + 6 <= kPackSize) {  // padding stream
@@ -179,12 +179,12 @@ inline std::string BuildPack(const std::string& payload, const PackSpec& spec = 
 
 // A video pack: not private stream 1, no time stamp flag of ours, substream byte arbitrary.
 inline std::string VideoPack() {
-  PackSpec spec;
-  spec.streamId = 0xE0;
-  spec.timeStamp = false;
-  spec.headerDataLength = 0;
-  spec.substream = 0x00;
-  return BuildPack(std::string(PackRoom(spec), '\x47'), spec);
+  PackSpec layout;
+  layout.streamId = 0xE0;
+  layout.timeStamp = false;
+  layout.headerDataLength = 0;
+  layout.substream = 0x00;
+  return BuildPack(std::string(PackRoom(layout), '\x47'), layout);
 }
 
 // The unit cut into packs of substream: the first with a time stamp, the others without,
@@ -200,9 +200,9 @@ inline std::vector<std::string> SplitUnit(const std::string& unit, uint8_t subst
   std::size_t at = 0;
   bool isFirst = true;
   do {
-    const PackSpec& spec = isFirst ? first : next;
-    const std::size_t take = std::min(PackRoom(spec), unit.size() - at);
-    packs.push_back(BuildPack(unit.substr(at, take), spec));
+    const PackSpec& layout = isFirst ? first : next;
+    const std::size_t take = std::min(PackRoom(layout), unit.size() - at);
+    packs.push_back(BuildPack(unit.substr(at, take), layout));
     at += take;
     isFirst = false;
   } while (at < unit.size());

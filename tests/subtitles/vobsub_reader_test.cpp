@@ -136,10 +136,10 @@ TEST(ReadVobSub, AppliesDelays) {
 TEST(ReadVobSub, ScalesAfterCropping) {
   const TempFolder folder;
   SubStream sub;
-  UnitSpec spec = BlockUnit(101, 41);
-  spec.width = 120;  // 19 transparent columns at the right, cropped first
-  for (auto& row : spec.rows) row.push_back({19, 0});
-  const int64_t a = sub.Add(spec);
+  UnitSpec layout = BlockUnit(101, 41);
+  layout.width = 120;  // 19 transparent columns at the right, cropped first
+  for (auto& row : layout.rows) row.push_back({19, 0});
+  const int64_t a = sub.Add(layout);
   const std::string idx =
       IndexHeader(6, true, "scale: 50%, 50%\n") + "id: en\n" + TimestampLine(1000, a);
   SubtitleTrack track;
@@ -152,11 +152,11 @@ TEST(ReadVobSub, ScalesAfterCropping) {
 TEST(ReadVobSub, SmoothsWhenAskedTo) {
   const TempFolder folder;
   SubStream sub;
-  UnitSpec spec = BlockUnit(6, 6);
-  spec.colour = {0, 15, 1, 0};  // code 1 bright (255), code 2 dark (31)
-  spec.contrast = {0, 15, 15, 0};
-  spec.rows = {{{6, 2}}, {{6, 2}}, {{2, 2}, {4, 1}}, {{2, 2}, {4, 1}}, {{6, 2}}, {{6, 2}}};
-  const int64_t a = sub.Add(spec);
+  UnitSpec layout = BlockUnit(6, 6);
+  layout.colour = {0, 15, 1, 0};  // code 1 bright (255), code 2 dark (31)
+  layout.contrast = {0, 15, 15, 0};
+  layout.rows = {{{6, 2}}, {{6, 2}}, {{2, 2}, {4, 1}}, {{2, 2}, {4, 1}}, {{6, 2}}, {{6, 2}}};
+  const int64_t a = sub.Add(layout);
   const std::string plainIdx = IndexHeader() + "id: en\n" + TimestampLine(1000, a);
   const std::string smoothIdx =
       IndexHeader(6, true, "smooth: ON\n") + "id: en\n" + TimestampLine(1000, a);
@@ -241,9 +241,9 @@ TEST(ReadVobSub, RefusesBadIndexes) {
 TEST(ReadVobSub, OlderVersionsTakeThePaletteFromTheIfo) {
   const TempFolder folder;
   SubStream sub;
-  UnitSpec spec = BlockUnit(4, 2);
-  spec.colour = {0, 7, 0, 0};
-  const int64_t a = sub.Add(spec);
+  UnitSpec layout = BlockUnit(4, 2);
+  layout.colour = {0, 7, 0, 0};
+  const int64_t a = sub.Add(layout);
   std::array<std::array<uint8_t, 3>, 16> ycbcr{};
   for (auto& e : ycbcr) e = {16, 128, 128};
   ycbcr[7] = {235, 128, 128};  // white
@@ -280,9 +280,9 @@ TEST(ReadVobSub, FindsTheIndexWithoutRegardToLetterCase) {
 TEST(ReadVobSub, ABlackPaletteColourStaysVisible) {
   const TempFolder folder;
   SubStream sub;
-  UnitSpec spec = BlockUnit(4, 2);
-  spec.colour = {0, 0, 0, 0};
-  const int64_t a = sub.Add(spec);
+  UnitSpec layout = BlockUnit(4, 2);
+  layout.colour = {0, 0, 0, 0};
+  const int64_t a = sub.Add(layout);
   std::array<uint32_t, 16> colours{};  // all black
   const std::string idx =
       IndexHeader(6, false) + testing::PaletteLine(colours) + "id: en\n" + TimestampLine(1000, a);

@@ -79,8 +79,8 @@ inline std::string IfoBytes(const std::array<std::array<uint8_t, 3>, 16>& ycbcr,
 class SubStream {
  public:
   // Appends a unit in its packs and returns the offset of its first pack.
-  int64_t Add(const UnitSpec& spec, uint8_t substream = 0x20) {
-    return AddUnit(BuildUnit(spec), substream);
+  int64_t Add(const UnitSpec& layout, uint8_t substream = 0x20) {
+    return AddUnit(BuildUnit(layout), substream);
   }
   int64_t AddUnit(const std::string& unit, uint8_t substream = 0x20) {
     const auto at = static_cast<int64_t>(bytes_.size());

@@ -80,7 +80,7 @@ int ParseVobSubPalette(const char* line, LumaPalette& palette) {
                   &v[6], &v[7], &v[8], &v[9], &v[10], &v[11], &v[12], &v[13], &v[14], &v[15]);
   if (n < 16) return -1;
   for (std::size_t i = 0; i < 16; ++i) {
-    // As Part 4.9 has it: the low byte is taken as red, the third as blue.
+    // The index stores it so: the low byte is taken as red, the third as blue.
     palette.luma[i] =
         LumaOf(static_cast<uint8_t>(v[i] & 0xFF), static_cast<uint8_t>((v[i] >> 8) & 0xFF),
                static_cast<uint8_t>((v[i] >> 16) & 0xFF));

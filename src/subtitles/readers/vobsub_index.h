@@ -9,7 +9,7 @@
 
 namespace korvalin {
 
-// The VobSub index file (".IDX", Part 4.9): its first line, the header pass (palette,
+// The VobSub index file (".IDX"): its first line, the header pass (palette,
 // options, stream names) and the pass over the chosen stream's time stamps. The index is
 // read in text mode; every line is stripped of bytes up to 0x20 at both ends.
 
@@ -17,7 +17,7 @@ namespace korvalin {
 // signature or the number is missing. The reader accepts 3 to 6.
 int32_t ParseVobSubVersion(const char* firstLine);
 
-// The value of key in a stripped line, by the lookup rule of Part 4.9: in " " + line + ","
+// The value of key in a stripped line, by the lookup rule: in " " + line + ","
 // the bytes after the first " key: ", up to the first "," or byte up to 0x20. Empty when
 // the key is absent or directly followed by such a byte.
 DynString VobSubKeyValue(const char* line, const char* key);
