@@ -1,10 +1,9 @@
 #!/usr/bin/env bash
-# Installs what the build needs, builds, and shows the tool at work on its built-in defaults.
+# Installs what the build needs, builds, and runs the filter on its built-in demo: a generated
+# clip with subtitles and the clock, written to korvalin-demo/demo.y4m and demo.png.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
-scripts/build.sh build -DKORVALIN_TESTS=OFF -DKORVALIN_BENCH=OFF
-echo "== stored settings (defaults where nothing is stored) =="
-build/korvalin settings show
-echo "== a 640x272 film with subtitles on a 4:3 TV =="
-build/korvalin geometry 640x272 --subtitles
+cmake -S . -B build -G Ninja >/dev/null
+ninja -C build korvalin
+build/korvalin demo -o korvalin-demo

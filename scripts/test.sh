@@ -3,5 +3,5 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
-scripts/build.sh build
+scripts/build.sh build -DKORVALIN_TESTS=ON -DKORVALIN_BENCH=ON
 ctest --test-dir build --output-on-failure -j"$(nproc)"
