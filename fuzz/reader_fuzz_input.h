@@ -16,14 +16,26 @@ namespace korvalin::fuzz {
 
 using SubtitleReader = int (*)(SubtitleTrack&, const char*);
 
-inline int FuzzReader(const uint8_t* data, size_t size, const char* extension, SubtitleReader read,
-                      const char* preferredLanguage = "") {
-  static const std::string path =
-      "/tmp/korvalin-fuzz-" + std::to_string(getpid()) + "." + extension;
+// Writes the input to this process's file for the extension and returns its path, or an
+// empty string when the file cannot be written.
+inline std::string WriteFuzzInput(const uint8_t* data, size_t size, const char* extension) {
+  const std::string path = "/tmp/korvalin-fuzz-" + std::to_string(getpid()) + "." + extension;
   std::FILE* file = std::fopen(path.c_str(), "wb");
-  if (!file) return 0;
+  if (!file) return {};
   std::fwrite(data, 1, size, file);
   std::fclose(file);
+  return path;
+}
+
+// The track's lookups over a whole film's worth of times.
+inline void LookUpAll(SubtitleTrack& track) {
+  for (int32_t t = -1000; t < 100000; t += 997) track.FindEntry(t, t + 40);
+}
+
+inline int FuzzReader(const uint8_t* data, size_t size, const char* extension, SubtitleReader read,
+                      const char* preferredLanguage = "") {
+  const std::string path = WriteFuzzInput(data, size, extension);
+  if (path.empty()) return 0;
 
   SubtitleTrack track;
   track.preferredLanguage.Assign(preferredLanguage);
@@ -42,7 +54,7 @@ inline int FuzzReader(const uint8_t* data, size_t size, const char* extension, S
   for (const SubtitleEntry* entry : track.entries) {
     if (entry->start >= entry->stop) __builtin_trap();  // RemoveEmpty's promise
   }
-  for (int32_t t = -1000; t < 100000; t += 997) track.FindEntry(t, t + 40);
+  LookUpAll(track);
   return 0;
 }
 

@@ -1,6 +1,5 @@
 // Feeds arbitrary bytes to the Sub Station Alpha reader as a file, from a private folder
-// that holds a small bitmap "p.bmp" for picture events to find, then runs the track's
-// clean-up and lookups.
+// that holds a small bitmap "p.bmp" for picture events to find.
 #include "subtitles/readers/ssa_reader.h"
 
 #include <unistd.h>
@@ -11,6 +10,8 @@
 #include <filesystem>
 #include <string>
 
+#include "reader_fuzz_input.h"
+
 namespace {
 
 const std::string kBitmap = std::string(
@@ -19,36 +20,24 @@ const std::string kBitmap = std::string(
     "\xFF\xFF\xFF\0\0\0\0\0\0\0\0\xFF\xFF\xFF\0\0",
     70);
 
-// The process's own folder, made current, with the bitmap; the input is rewritten there.
-const std::string& InputPath() {
-  static const std::string path = [] {
-    const auto folder =
-        std::filesystem::temp_directory_path() / ("korvalin-fuzz-ssa-" + std::to_string(getpid()));
-    std::filesystem::create_directories(folder);
-    std::filesystem::current_path(folder);
-    std::FILE* bitmap = std::fopen("p.bmp", "wb");
-    if (bitmap) {
-      std::fwrite(kBitmap.data(), 1, kBitmap.size(), bitmap);
-      std::fclose(bitmap);
-    }
-    return (folder / "input.ssa").string();
-  }();
-  return path;
+// Picture events name files relative to the current folder: make a private one current and
+// put the bitmap there.
+bool EnterFolderWithBitmap() {
+  const auto folder =
+      std::filesystem::temp_directory_path() / ("korvalin-fuzz-ssa-" + std::to_string(getpid()));
+  std::filesystem::create_directories(folder);
+  std::filesystem::current_path(folder);
+  std::FILE* bitmap = std::fopen("p.bmp", "wb");
+  if (!bitmap) return false;
+  std::fwrite(kBitmap.data(), 1, kBitmap.size(), bitmap);
+  std::fclose(bitmap);
+  return true;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  std::FILE* file = std::fopen(InputPath().c_str(), "wb");
-  if (!file) return 0;
-  std::fwrite(data, 1, size, file);
-  std::fclose(file);
-
-  korvalin::SubtitleTrack track;
-  const int result = korvalin::ReadSubStationAlpha(track, InputPath().c_str());
-  if (result < -1 || result > 1) __builtin_trap();
-  track.CloseOpenEnds();
-  track.RemoveEmpty();
-  for (int32_t t = -1000; t < 100000; t += 997) track.FindEntry(t, t + 40);
-  return 0;
+  static const bool ready = EnterFolderWithBitmap();
+  if (!ready) return 0;
+  return korvalin::fuzz::FuzzReader(data, size, "ssa", korvalin::ReadSubStationAlpha);
 }

@@ -1,38 +1,8 @@
-// Feeds arbitrary bytes to the SubRip reader as a file, then runs the track's clean-up and
-// lookups over whatever it read.
-#include <unistd.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <string>
-
+// Feeds arbitrary bytes to the SubRip reader as a file.
 #include "subtitles/readers/subrip_reader.h"
 
-namespace {
-
-// One file per fuzzing process, rewritten for every input.
-const std::string& InputPath() {
-  static const std::string path = "/tmp/korvalin-fuzz-subrip-" + std::to_string(getpid()) + ".srt";
-  return path;
-}
-
-}  // namespace
+#include "reader_fuzz_input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  std::FILE* file = std::fopen(InputPath().c_str(), "wb");
-  if (!file) return 0;
-  std::fwrite(data, 1, size, file);
-  std::fclose(file);
-
-  korvalin::SubtitleTrack track;
-  const int result = korvalin::ReadSubRip(track, InputPath().c_str());
-  if (result < -1 || result > 1) __builtin_trap();
-  track.CloseOpenEnds();
-  track.RemoveEmpty();
-  for (const korvalin::SubtitleEntry* entry : track.entries) {
-    if (entry->start >= entry->stop) __builtin_trap();  // RemoveEmpty's promise
-  }
-  for (int32_t t = -1000; t < 100000; t += 997) track.FindEntry(t, t + 40);
-  return 0;
+  return korvalin::fuzz::FuzzReader(data, size, "srt", korvalin::ReadSubRip);
 }

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "support/temp_folder.h"
+
 namespace korvalin::testing {
 
 struct CliResult {
@@ -20,29 +22,9 @@ struct CliResult {
 };
 
 // A private folder with its own registry file, removed afterwards.
-class TempDir {
+class TempDir : public TempFolder {
  public:
-  TempDir() {
-    std::random_device random;
-    path_ = std::filesystem::temp_directory_path() /
-            ("korvalin-test-" + std::to_string(random()) + std::to_string(random()));
-    std::filesystem::create_directories(path_);
-  }
-  ~TempDir() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  const std::filesystem::path& path() const { return path_; }
-  std::filesystem::path registry() const { return path_ / "registry.reg"; }
-  std::filesystem::path Write(const std::string& name, const std::string& bytes) const {
-    const auto file = path_ / name;
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << bytes;
-    return file;
-  }
-
- private:
-  std::filesystem::path path_;
+  std::filesystem::path registry() const { return path() / "registry.reg"; }
 };
 
 inline std::string ShellQuote(const std::string& s) {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "subtitles/subtitle_track.h"
-#include "temp_folder.h"
+#include "support/temp_folder.h"
 
 namespace korvalin::testing {
 

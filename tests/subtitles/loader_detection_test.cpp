@@ -3,7 +3,7 @@
 #include <string>
 
 #include "subtitles/subtitle_loader.h"
-#include "temp_folder.h"
+#include "support/temp_folder.h"
 
 namespace korvalin {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "loader_detection_entries.h"
 #include "subtitles/subtitle_loader.h"
-#include "temp_folder.h"
+#include "support/temp_folder.h"
 
 namespace korvalin {
 namespace {

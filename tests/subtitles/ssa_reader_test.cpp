@@ -5,7 +5,7 @@
 #include <string>
 
 #include "loader_detection_entries.h"
-#include "temp_folder.h"
+#include "support/temp_folder.h"
 
 namespace korvalin {
 namespace {

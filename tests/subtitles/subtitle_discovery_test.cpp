@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/file_search.h"
-#include "temp_folder.h"
+#include "support/temp_folder.h"
 
 namespace korvalin {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "subtitles/subtitle_loader.h"
-#include "temp_folder.h"
+#include "support/temp_folder.h"
 #include "vobsub_writer.h"
 
 namespace korvalin {

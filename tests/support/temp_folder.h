@@ -13,7 +13,7 @@ class TempFolder {
   TempFolder() {
     std::random_device random;
     path_ = std::filesystem::temp_directory_path() /
-            ("korvalin-subs-" + std::to_string(random()) + std::to_string(random()));
+            ("korvalin-test-" + std::to_string(random()) + std::to_string(random()));
     std::filesystem::create_directories(path_);
   }
   ~TempFolder() {
@@ -22,11 +22,11 @@ class TempFolder {
   }
   const std::filesystem::path& path() const { return path_; }
   // Writes bytes to name (folders created) and returns the full path.
-  std::string Write(const std::string& name, const std::string& bytes) const {
+  std::filesystem::path Write(const std::string& name, const std::string& bytes) const {
     const auto file = path_ / name;
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << bytes;
-    return file.string();
+    return file;
   }
 
  private:
