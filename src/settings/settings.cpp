@@ -1,10 +1,10 @@
 #include "settings/settings.h"
 
 #include <cmath>
-#include <cstdio>
 #include <string>
 
 #include "base/mul_div.h"
+#include "base/number_scan.h"
 #include "platform/registry_store.h"
 #include "settings/registry_path.h"
 #include "settings/setting_fields.h"
@@ -90,9 +90,12 @@ int32_t Settings::SourceFrameDuration(int32_t frameDuration) const {
 
 float ParseAspectRatio(std::string_view text) {
   if (text.empty()) return 0;
+  // "%f:%f": a number, a colon right after it, a second number (white space before it).
   const std::string terminated(text);
   float width = 0, height = 0;
-  if (std::sscanf(terminated.c_str(), "%f:%f", &width, &height) != 2) return 0;
+  const char* colon = nullptr;
+  if (!ScanFloat(terminated.c_str(), &width, &colon) || *colon != ':') return 0;
+  if (!ScanFloat(colon + 1, &height)) return 0;
   if (!(width > 0) || !(height > 0) || !std::isfinite(width) || !std::isfinite(height)) return 0;
   const float ratio = width / height;
   return std::isfinite(ratio) ? ratio : 0;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "text/number_scan.h"
+#include "base/number_scan.h"
 
 namespace korvalin {
 namespace {

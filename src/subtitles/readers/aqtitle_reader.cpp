@@ -6,7 +6,7 @@
 #include "base/std_file.h"
 #include "subtitles/line_reader.h"
 #include "subtitles/subtitle_file.h"
-#include "text/number_scan.h"
+#include "base/number_scan.h"
 
 namespace korvalin {
 namespace {

@@ -9,7 +9,7 @@
 #include "render/picture.h"
 #include "subtitles/subtitle_file.h"
 #include "subtitles/time_scanners.h"
-#include "text/number_scan.h"
+#include "base/number_scan.h"
 
 namespace korvalin {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "subtitles/readers/text_reader_support.h"
 #include "subtitles/time_scanners.h"
-#include "text/number_scan.h"
+#include "base/number_scan.h"
 
 namespace korvalin {
 namespace {

@@ -11,7 +11,7 @@
 #include "subtitles/subtitle_file.h"
 #include "text/entity_decoding.h"
 #include "text/markup_text.h"
-#include "text/number_scan.h"
+#include "base/number_scan.h"
 
 namespace korvalin {
 namespace {

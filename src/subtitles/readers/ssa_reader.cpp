@@ -10,7 +10,7 @@
 #include "render/picture.h"
 #include "subtitles/readers/text_reader_support.h"
 #include "subtitles/time_scanners.h"
-#include "text/number_scan.h"
+#include "base/number_scan.h"
 
 namespace korvalin {
 namespace {
