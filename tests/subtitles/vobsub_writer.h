@@ -1,7 +1,7 @@
 #pragma once
 
-// Builds whole VobSub files for the reader's tests: a ".sub" program stream of subpicture
-// units (see render/subpicture_writer.h), its ".idx" index text and an ".IFO" palette.
+// Builds whole VobSub files for tests: a ".sub" program stream of subpicture units (see
+// render/subpicture_writer.h), its ".idx" index text and an ".IFO" palette.
 
 #include <array>
 #include <cstdint>
@@ -13,18 +13,12 @@
 
 namespace korvalin::testing {
 
-// "hh:mm:ss:mmm" of a time in ms.
-inline std::string VobSubTime(int32_t ms) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%02d:%02d:%02d:%03d", ms / 3600000, ms / 60000 % 60,
-                ms / 1000 % 60, ms % 1000);
-  return text;
-}
-
 inline std::string TimestampLine(int32_t ms, int64_t filepos) {
-  char pos[32];
-  std::snprintf(pos, sizeof pos, "%09llx", static_cast<unsigned long long>(filepos));
-  return "timestamp: " + VobSubTime(ms) + ", filepos: " + pos + "\n";
+  char text[96];
+  std::snprintf(text, sizeof text, "timestamp: %02d:%02d:%02d:%03d, filepos: %09llx\n",
+                ms / 3600000, ms / 60000 % 60, ms / 1000 % 60, ms % 1000,
+                static_cast<unsigned long long>(filepos));
+  return text;
 }
 
 // A palette line of 16 colours written as 6 hexadecimal digits.
@@ -38,27 +32,18 @@ inline std::string PaletteLine(const std::array<uint32_t, 16>& colours) {
   return line + "\n";
 }
 
-// Grey colours whose luma under the palette rule is the same for any byte order.
-inline std::array<uint32_t, 16> GreyColours() {
-  std::array<uint32_t, 16> c{};
-  for (uint32_t i = 0; i < 16; ++i) {
-    const uint32_t v = 16 * i + 15;
-    c[i] = (v << 16) | (v << 8) | v;
-  }
-  return c;
-}
-
+// With a palette of greys whose luma is 16 * i + 15 for any byte order.
 inline std::string IndexHeader(int version = 6, bool withPalette = true,
                                const std::string& options = "") {
   std::string text = "# VobSub index file, v" + std::to_string(version) +
                      " (do not modify this line!)\n#\n# Settings\n\nsize: 720x576\norg: 0, 0\n" +
                      "scale: 100%, 100%\nalpha: 100%\nsmooth: OFF\nfadein/out: 50, 50\n" +
                      "align: OFF at LEFT TOP\ntime offset: 0\nforced subs: OFF\n";
-  if (withPalette) text += PaletteLine(GreyColours());
+  std::array<uint32_t, 16> greys{};
+  for (uint32_t i = 0; i < 16; ++i) greys[i] = (16 * i + 15) * 0x010101u;
+  if (withPalette) text += PaletteLine(greys);
   text += "custom colors: OFF, tridx: 0000, colors: 000000, 000000, 000000, 000000\n";
-  text += options;
-  text += "\n# Language index in use\nlangidx: 0\n";
-  return text;
+  return text + options + "\n# Language index in use\nlangidx: 0\n";
 }
 
 // An ".IFO" file whose palette holds the given Y, Cb, Cr entries; chain is the byte at 4111.
@@ -67,10 +52,9 @@ inline std::string IfoBytes(const std::array<std::array<uint8_t, 3>, 16>& ycbcr,
   std::string bytes(4260 + chain + 64, '\0');
   bytes[4111] = static_cast<char>(chain);
   for (std::size_t i = 0; i < 16; ++i) {
-    const std::size_t at = 4260 + chain + 4 * i;
-    bytes[at + 1] = static_cast<char>(ycbcr[i][0]);
-    bytes[at + 2] = static_cast<char>(ycbcr[i][1]);
-    bytes[at + 3] = static_cast<char>(ycbcr[i][2]);
+    for (std::size_t k = 0; k < 3; ++k) {
+      bytes[4260 + chain + 4 * i + 1 + k] = static_cast<char>(ycbcr[i][k]);
+    }
   }
   return bytes;
 }
@@ -80,14 +64,10 @@ class SubStream {
  public:
   // Appends a unit in its packs and returns the offset of its first pack.
   int64_t Add(const UnitSpec& layout, uint8_t substream = 0x20) {
-    return AddUnit(BuildUnit(layout), substream);
-  }
-  int64_t AddUnit(const std::string& unit, uint8_t substream = 0x20) {
     const auto at = static_cast<int64_t>(bytes_.size());
-    for (const std::string& pack : SplitUnit(unit, substream)) bytes_ += pack;
+    for (const std::string& pack : SplitUnit(BuildUnit(layout), substream)) bytes_ += pack;
     return at;
   }
-  void AddRaw(const std::string& bytes) { bytes_ += bytes; }
   const std::string& bytes() const { return bytes_; }
 
  private:
