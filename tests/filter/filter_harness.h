@@ -1,13 +1,10 @@
 #pragma once
-// A pipeline around one VideoFilter for tests: a source whose samples the test pushes on
-// its own thread, and a sink that records every frame and then scribbles over its buffer,
-// so a border the filter leaves alone shows up as scribble.
+// One VideoFilter between a source the test pushes from and a sink that records each frame
+// and then scribbles over its buffer, so a border the filter leaves alone shows up.
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
-#include <memory>
 #include <vector>
 
 #include "filter/format_change_allocator.h"
@@ -24,7 +21,13 @@ namespace korvalin::testing {
 using namespace host;
 
 inline constexpr REFERENCE_TIME kFrameTicks = 400000;  // 40 ms
-inline constexpr uint8_t kScribble = 0x55;
+
+inline Settings Plain(bool overlay = false) {
+  Settings settings{Settings::DefaultsOnly{}};
+  settings.bFill2 = 0;
+  settings.Overlay = overlay ? 1 : 0;
+  return settings;
+}
 
 inline AM_MEDIA_TYPE Yuy2Type(int32_t width, int32_t height,
                               REFERENCE_TIME frameTicks = kFrameTicks) {
@@ -42,20 +45,25 @@ inline AM_MEDIA_TYPE Yuy2Type2(int32_t width, int32_t height, uint32_t aspectX, 
   return type;
 }
 
-// What a pushed sample carries besides its pixels.
+// What a pushed sample carries besides its uniform grey pixels.
 struct PushOptions {
   bool timed = true;
-  REFERENCE_TIME start = 0;
-  REFERENCE_TIME stop = kFrameTicks;
+  REFERENCE_TIME start = 0, stop = kFrameTicks;
   bool preroll = false;
-  bool syncPoint = true;
-  bool discontinuity = false;
-  bool mediaTimes = false;
-  // Leaves a type the filter's allocator attached on the buffer (confirming it).
-  bool keepAttachedType = false;
+  bool keepAttachedType = false;  // leaves the type the filter's allocator attached
   const AM_MEDIA_TYPE* attachType = nullptr;
-  uint8_t luma = 0x80;
 };
+
+inline PushOptions Between(REFERENCE_TIME start, REFERENCE_TIME stop) {
+  PushOptions options;
+  options.start = start;
+  options.stop = stop;
+  return options;
+}
+inline PushOptions Frame(int index) {
+  return Between(index * kFrameTicks, (index + 1) * kFrameTicks);
+}
+inline PushOptions FrameAtMs(int64_t ms) { return Between(ms * 10000, ms * 10000 + kFrameTicks); }
 
 class PushPin : public BaseOutputPin {
  public:
@@ -74,7 +82,6 @@ class PushPin : public BaseOutputPin {
     ALLOCATOR_PROPERTIES actual;
     return allocator->SetProperties(request, &actual);
   }
-  // Sends one frame of uniform grey (luma `luma`, neutral chroma); the result of Deliver.
   HRESULT Push(const PushOptions& options) {
     ComPtr<IMediaSample> sample;
     HRESULT hr = GetDeliveryBuffer(sample.ReleaseAndGetAddressOf(), nullptr, nullptr, 0);
@@ -82,38 +89,19 @@ class PushPin : public BaseOutputPin {
     if (!options.keepAttachedType) sample->SetMediaType(options.attachType);
     uint8_t* data = nullptr;
     sample->GetPointer(&data);
-    for (int32_t i = 0; i + 1 < sample->GetSize(); i += 2) {
-      data[i] = options.luma;
-      data[i + 1] = 0x80;
-    }
+    for (int32_t i = 0; i + 1 < sample->GetSize(); i += 2) data[i] = data[i + 1] = 0x80;
     sample->SetActualDataLength(sample->GetSize());
     if (options.timed) sample->SetTime(&options.start, &options.stop);
-    if (options.mediaTimes) {
-      const int64_t a = 7, b = 8;
-      sample->SetMediaTime(&a, &b);
-    }
     sample->SetPreroll(options.preroll);
-    sample->SetSyncPoint(options.syncPoint);
-    sample->SetDiscontinuity(options.discontinuity);
     return Deliver(sample.Get());
   }
   AM_MEDIA_TYPE type_;
 };
 
-// Tells the graph a length of 12.3456 s.
-class PushSource : public BaseFilter, public IMediaPosition {
+class PushSource : public BaseFilter {
  public:
   explicit PushSource(AM_MEDIA_TYPE type)
       : BaseFilter(MakeGuid("22222222-0000-4000-8000-000000000001")), pin_(this, type) {}
-  HRESULT NonDelegatingQueryInterface(const IID& iid, void** out) override {
-    if (out && iid == IID_IMediaPosition)
-      return GetInterface(static_cast<IMediaPosition*>(this), out);
-    return BaseFilter::NonDelegatingQueryInterface(iid, out);
-  }
-  HRESULT get_Duration(double* seconds) override {
-    *seconds = 12.3456;
-    return S_OK;
-  }
   int GetPinCount() override { return 1; }
   BasePin* GetPin(int index) override { return index == 0 ? &pin_ : nullptr; }
   PushPin* Pin() { return &pin_; }
@@ -124,11 +112,8 @@ class PushSource : public BaseFilter, public IMediaPosition {
 
 struct RecordedFrame {
   std::vector<uint8_t> bytes;
-  VideoFormat format;
   bool timed = false;
   REFERENCE_TIME start = 0, stop = 0;
-  bool mediaTimed = false;
-  bool syncPoint = false, preroll = false, discontinuity = false;
 };
 
 class RecordingSink : public BaseFilter {
@@ -159,15 +144,9 @@ class RecordingSink : public BaseFilter {
       uint8_t* data = nullptr;
       sample->GetPointer(&data);
       frame.bytes.assign(data, data + sample->GetActualDataLength());
-      frame.format = ToVideoFormat(CurrentMediaType());
       frame.timed = sample->GetTime(&frame.start, &frame.stop) == S_OK;
-      int64_t a, b;
-      frame.mediaTimed = sample->GetMediaTime(&a, &b) == S_OK;
-      frame.syncPoint = sample->IsSyncPoint() == S_OK;
-      frame.preroll = sample->IsPreroll() == S_OK;
-      frame.discontinuity = sample->IsDiscontinuity() == S_OK;
       sink_->frames.push_back(std::move(frame));
-      std::memset(data, kScribble, static_cast<std::size_t>(sample->GetSize()));
+      std::memset(data, 0x55, static_cast<std::size_t>(sample->GetSize()));
       return S_OK;
     }
     ComPtr<FormatChangeAllocator> own_;
@@ -184,15 +163,12 @@ class RecordingSink : public BaseFilter {
   Pin pin_;
 };
 
-// Source -> VideoFilter -> sink in a graph, connected and paused, ready for pushes.
+// Source -> VideoFilter -> sink in a graph; Start() connects and pauses it.
 class FilterPipeline {
  public:
   FilterPipeline(const Settings& settings, const AM_MEDIA_TYPE& inputType,
                  GUID outputSubtype = MEDIASUBTYPE_YUY2)
-      : filter(MakeCom<VideoFilter>(settings,
-                                    [] {
-                                      return TimeOfDay{12, 34};
-                                    })),
+      : filter(MakeCom<VideoFilter>(settings, [] { return TimeOfDay{12, 34}; })),
         source(MakeCom<PushSource>(inputType)),
         sink(MakeCom<RecordingSink>(outputSubtype)) {
     graph->AddFilter(source.Get(), u"Source");
@@ -201,13 +177,14 @@ class FilterPipeline {
   }
   HRESULT Connect() {
     HRESULT hr = graph->ConnectDirect(source->Pin(), filter->GetPin(0), nullptr);
-    if (FAILED(hr)) return hr;
-    return graph->ConnectDirect(filter->GetPin(1), sink->InPin(), nullptr);
+    return FAILED(hr) ? hr : graph->ConnectDirect(filter->GetPin(1), sink->InPin(), nullptr);
   }
   HRESULT Start() {
     const HRESULT hr = Connect();
     return FAILED(hr) ? hr : graph->Pause();
   }
+  HRESULT Push(const PushOptions& options) { return source->Pin()->Push(options); }
+  const RecordedFrame& Last() const { return sink->frames.back(); }
   ~FilterPipeline() { graph->Stop(); }
 
   ComPtr<FilterGraph> graph = MakeCom<FilterGraph>();

@@ -124,27 +124,19 @@ TEST(MemAllocatorTest, PoolHandsOutAlignedBuffersAndTakesThemBack) {
 
 TEST(MemAllocatorTest, WaitingGetBufferWakesOnReleaseAndFailsOnDecommit) {
   auto pool = CommittedPool(1);
-  ComPtr<IMediaSample> held = Take(pool.Get());
-
-  HRESULT waited = E_FAIL;
-  std::thread waiter([&] {
-    ComPtr<IMediaSample> sample;
-    waited = pool->GetBuffer(sample.ReleaseAndGetAddressOf(), nullptr, nullptr, 0);
-  });
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  held.Reset();  // the waiter gets this one
-  waiter.join();
-  EXPECT_EQ(waited, S_OK);
-
-  held = Take(pool.Get());
-  std::thread blocked([&] {
-    ComPtr<IMediaSample> sample;
-    waited = pool->GetBuffer(sample.ReleaseAndGetAddressOf(), nullptr, nullptr, 0);
-  });
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  pool->Decommit();
-  blocked.join();
-  EXPECT_EQ(waited, VFW_E_NOT_COMMITTED);
+  for (const bool decommit : {false, true}) {
+    ComPtr<IMediaSample> held = Take(pool.Get());
+    HRESULT waited = E_FAIL;
+    std::thread waiter([&] {
+      ComPtr<IMediaSample> sample;
+      waited = pool->GetBuffer(sample.ReleaseAndGetAddressOf(), nullptr, nullptr, 0);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    if (decommit) pool->Decommit();
+    held.Reset();  // without the decommit the waiter gets this one
+    waiter.join();
+    EXPECT_EQ(waited, decommit ? VFW_E_NOT_COMMITTED : S_OK);
+  }
   EXPECT_FALSE(Take(pool.Get()));
 }
 

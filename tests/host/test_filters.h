@@ -1,8 +1,5 @@
 #pragma once
 
-// Small filters that exercise the host: a source counting frames, a transform adding one to
-// every byte, and a sink that records what reaches it.
-
 #include <cstring>
 #include <mutex>
 #include <vector>
@@ -19,6 +16,7 @@ namespace korvalin::host::testing {
 inline constexpr CLSID kSourceClsid = MakeGuid("11111111-0000-4000-8000-000000000001");
 inline constexpr CLSID kAddOneClsid = MakeGuid("11111111-0000-4000-8000-000000000002");
 inline constexpr CLSID kSinkClsid = MakeGuid("11111111-0000-4000-8000-000000000003");
+inline constexpr CLSID kToRgbClsid = MakeGuid("11111111-0000-4000-8000-000000000004");
 inline constexpr REFERENCE_TIME kFrameTime = 400000;
 
 // A YUY2 VIDEOINFOHEADER type of a tiny picture.
@@ -154,26 +152,11 @@ class AddOneFilter : public TransformFilter {
   int dropValue_;
 };
 
-class RecordingSink;
-
-class RecordingPin : public RenderedInputPin {
- public:
-  RecordingPin(RecordingSink* sink, BaseFilter* filter)
-      : RenderedInputPin(filter, u"In"), sink_(sink) {}
-  HRESULT CheckMediaType(const AM_MEDIA_TYPE& type) override;
-  HRESULT Receive(IMediaSample* sample) override;
-  HRESULT NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
-
- private:
-  RecordingSink* sink_;
-};
-
-// Records the first byte and the start time of each sample.
+// Records the first byte and the start time of each sample, and the last segment start.
 class RecordingSink : public BaseFilter {
  public:
   explicit RecordingSink(GUID subtype = MEDIASUBTYPE_YUY2)
-      : BaseFilter(kSinkClsid), subtype_(subtype), pin_(this, this) {}
-
+      : BaseFilter(kSinkClsid), subtype_(subtype), pin_(this) {}
   HRESULT NonDelegatingQueryInterface(const IID& iid, void** out) override {
     if (out && iid == IID_IMediaPosition) {
       if (!position_) position_ = InnerPtr<PositionPassThrough>::Make(this, &pin_);
@@ -181,10 +164,36 @@ class RecordingSink : public BaseFilter {
     }
     return BaseFilter::NonDelegatingQueryInterface(iid, out);
   }
-
   int GetPinCount() override { return 1; }
   BasePin* GetPin(int index) override { return index == 0 ? &pin_ : nullptr; }
-  RecordingPin* Pin() { return &pin_; }
+
+  class Pin : public RenderedInputPin {
+   public:
+    explicit Pin(RecordingSink* sink) : RenderedInputPin(sink, u"In"), sink_(sink) {}
+    HRESULT CheckMediaType(const AM_MEDIA_TYPE& type) override {
+      return type.subtype == sink_->subtype_ ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+    }
+    HRESULT Receive(IMediaSample* sample) override {
+      const HRESULT hr = RenderedInputPin::Receive(sample);
+      if (hr != S_OK) return hr;
+      uint8_t* data = nullptr;
+      sample->GetPointer(&data);
+      REFERENCE_TIME start = -1, end = -1;
+      sample->GetTime(&start, &end);
+      std::lock_guard lock(sink_->recordLock_);
+      sink_->frames_.push_back({data[0], start});
+      return S_OK;
+    }
+    HRESULT NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override {
+      std::lock_guard lock(sink_->recordLock_);
+      sink_->segmentStart_ = start;
+      return RenderedInputPin::NewSegment(start, stop, rate);
+    }
+
+   private:
+    RecordingSink* sink_;
+  };
+  Pin* InPin() { return &pin_; }
 
   struct Frame {
     int firstByte;
@@ -201,37 +210,9 @@ class RecordingSink : public BaseFilter {
   REFERENCE_TIME segmentStart_ = -1;
 
  private:
-  RecordingPin pin_;
+  Pin pin_;
   InnerPtr<PositionPassThrough> position_;
 };
-
-inline HRESULT RecordingPin::CheckMediaType(const AM_MEDIA_TYPE& type) {
-  return type.subtype == sink_->subtype_ ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
-}
-
-inline HRESULT RecordingPin::Receive(IMediaSample* sample) {
-  const HRESULT hr = RenderedInputPin::Receive(sample);
-  if (hr != S_OK) return hr;
-  uint8_t* data = nullptr;
-  sample->GetPointer(&data);
-  REFERENCE_TIME start = -1, end = -1;
-  sample->GetTime(&start, &end);
-  std::lock_guard lock(sink_->recordLock_);
-  sink_->frames_.push_back({data[0], start});
-  return S_OK;
-}
-
-inline HRESULT RecordingPin::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
-  std::lock_guard lock(sink_->recordLock_);
-  sink_->segmentStart_ = start;
-  return RenderedInputPin::NewSegment(start, stop, rate);
-}
-
-}  // namespace korvalin::host::testing
-
-namespace korvalin::host::testing {
-
-inline constexpr CLSID kToRgbClsid = MakeGuid("11111111-0000-4000-8000-000000000004");
 
 // Relabels YUY2 frames as RGB32: a converter the graph builder can put before an RGB sink.
 class ToRgbFilter : public AddOneFilter {
