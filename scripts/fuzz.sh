@@ -8,17 +8,35 @@ scripts/install-deps.sh
 scripts/build.sh build-fuzz -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
   -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKORVALIN_FUZZ=ON -DKORVALIN_TESTS=OFF -DKORVALIN_BENCH=OFF
 corpus=../shared/corpus
+# Real subtitle files of a reader's own format make good seeds (read in place, never copied).
+seed_folders() {
+  case "$1" in
+    fuzz_subrip_reader) echo srt ;;
+    fuzz_subviewer_reader) echo subviewer1 subviewer2 ;;
+    fuzz_microdvd_reader | fuzz_microdvd_ini_reader) echo microdvd ;;
+    fuzz_ssa_reader) echo ssa ;;
+    fuzz_jacosub_reader) echo jacosub ;;
+    fuzz_sami_reader) echo sami ;;
+    fuzz_markup_text) echo sami realtext ;;
+    fuzz_realtext_reader) echo realtext ;;
+    fuzz_tmplayer_reader) echo tmplayer ;;
+    fuzz_aqtitle_reader) echo aqtitle ;;
+    fuzz_dvdsubtitle_reader) echo dvdsubtitle ;;
+    fuzz_vobsub_index | fuzz_subpicture) echo vobsub ;;
+  esac
+}
 shopt -s nullglob
 targets=(build-fuzz/fuzz/fuzz_*)
 for target in "${targets[@]}"; do
   name=$(basename "$target")
   work=$(mktemp -d)
   seeds=()
-  # Real subtitle files make good seeds for the subtitle readers (read in place, never copied).
-  [ -d "$corpus" ] && seeds=("$corpus")
+  for folder in $(seed_folders "$name"); do
+    [ -d "$corpus/$folder" ] && seeds+=("$(cd "$corpus/$folder" && pwd)")
+  done
   echo "== $name: ${seconds}s =="
-  "$target" -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=10 -print_final_stats=0 \
-    "$work" "${seeds[@]}" 2>&1 | tail -n 3
+  "$target" -max_total_time="$seconds" -max_len=65536 -rss_limit_mb=2048 -timeout=10 \
+    -print_final_stats=0 "$work" "${seeds[@]}" 2>&1 | tail -n 3
   rm -rf "$work"
 done
 [ ${#targets[@]} -gt 0 ] || { echo "no fuzz targets were built" >&2; exit 1; }
