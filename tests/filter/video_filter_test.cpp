@@ -20,17 +20,6 @@ bool HasOverlay(const RecordedFrame& frame) {
   return false;
 }
 
-TEST(VideoFilterTest, PrerollSampleYieldsNoOutput) {
-  FilterPipeline pipeline(Plain(), Yuy2Type(64, 4));
-  ASSERT_EQ(pipeline.Start(), S_OK);
-  PushOptions preroll = Frame(0);
-  preroll.preroll = true;
-  ASSERT_EQ(pipeline.Push(preroll), S_OK);
-  EXPECT_TRUE(pipeline.sink->frames.empty());
-  ASSERT_EQ(pipeline.Push(Frame(1)), S_OK);
-  EXPECT_EQ(pipeline.sink->frames.size(), 1u);
-}
-
 TEST(VideoFilterTest, FirstSampleSwitchesInputToTopDownWhetherOrNotUpstreamConfirms) {
   for (bool confirm : {false, true}) {
     FilterPipeline pipeline(Plain(), Yuy2Type(64, 4));
@@ -46,10 +35,16 @@ TEST(VideoFilterTest, FirstSampleSwitchesInputToTopDownWhetherOrNotUpstreamConfi
   }
 }
 
-TEST(VideoFilterTest, SampleTypeReplacesInputTypeOrDropsFrame) {
+// A preroll sample gives no output; a sample's own type replaces the input type if accepted,
+// else the frame is dropped.
+TEST(VideoFilterTest, PrerollAndSampleTypes) {
   FilterPipeline pipeline(Plain(), Yuy2Type(64, 4));
   ASSERT_EQ(pipeline.Start(), S_OK);
   const AM_MEDIA_TYPE& current = pipeline.filter->VideoInput()->CurrentMediaType();
+  PushOptions preroll = Frame(0);
+  preroll.preroll = true;
+  ASSERT_EQ(pipeline.Push(preroll), S_OK);
+  EXPECT_TRUE(pipeline.sink->frames.empty());
   AM_MEDIA_TYPE refused = Yuy2Type(64, 4);
   refused.subtype = MEDIASUBTYPE_RGB32;
   PushOptions bad = Frame(0);
@@ -63,25 +58,6 @@ TEST(VideoFilterTest, SampleTypeReplacesInputTypeOrDropsFrame) {
   ASSERT_EQ(pipeline.Push(good), S_OK);
   ASSERT_EQ(pipeline.sink->frames.size(), 1u);
   EXPECT_EQ(ToVideoFormat(current).biWidth, 60);
-}
-
-TEST(VideoFilterTest, UntimedSampleHasNoTimesAndNoOverlays) {
-  Settings settings = Plain();
-  settings.OSD.OSDWorldTime = 1;
-  FilterPipeline pipeline(settings, Yuy2Type(320, 240));
-  ASSERT_EQ(pipeline.Start(), S_OK);
-  TempFolder folder;
-  ASSERT_EQ(pipeline.filter->LoadSubtitles(folder.Write("a.srt", kSubRip).c_str()), 0);
-  PushOptions untimed = FrameAtMs(200);
-  untimed.timed = false;
-  ASSERT_EQ(pipeline.Push(untimed), S_OK);
-  EXPECT_FALSE(pipeline.Last().timed);
-  EXPECT_FALSE(HasOverlay(pipeline.Last()));
-  EXPECT_EQ(pipeline.filter->lastClockState, -1);
-  EXPECT_EQ(pipeline.filter->lastSubtitleState, -1);
-  ASSERT_EQ(pipeline.Push(FrameAtMs(200)), S_OK);  // timed: clock and subtitle show
-  EXPECT_TRUE(HasOverlay(pipeline.Last()));
-  EXPECT_EQ(pipeline.filter->lastClockState, 0);
 }
 
 // Economic mode writes the borders (8% overscan of 64 x 4: two black columns each side) on the
@@ -152,6 +128,20 @@ TEST_F(SubtitleTest, ShowsDuringItsIntervalWithSegmentStartAddedBeforeTheDivisio
   EXPECT_TRUE(PushAndLook(Between(9999, 10000)));
   ASSERT_EQ(pipeline->filter->GetPin(0)->NewSegment(0, INT64_MAX, 1.0), S_OK);
   EXPECT_FALSE(PushAndLook(Between(9999, 10000)));
+}
+
+TEST_F(SubtitleTest, UntimedSampleHasNoTimesAndNoOverlays) {
+  Settings settings = Plain();
+  settings.OSD.OSDWorldTime = 1;
+  Start(settings);
+  PushOptions untimed = FrameAtMs(200);
+  untimed.timed = false;
+  EXPECT_FALSE(PushAndLook(untimed));
+  EXPECT_FALSE(pipeline->Last().timed);
+  EXPECT_EQ(pipeline->filter->lastClockState, -1);
+  EXPECT_EQ(pipeline->filter->lastSubtitleState, -1);
+  EXPECT_TRUE(PushAndLook(FrameAtMs(200)));  // timed: clock and subtitle show
+  EXPECT_EQ(pipeline->filter->lastClockState, 0);
 }
 
 // Economic mode: the load, and the subtitle coming, staying and leaving.

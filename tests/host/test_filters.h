@@ -19,13 +19,12 @@ inline constexpr CLSID kSinkClsid = MakeGuid("11111111-0000-4000-8000-0000000000
 inline constexpr CLSID kToRgbClsid = MakeGuid("11111111-0000-4000-8000-000000000004");
 inline constexpr REFERENCE_TIME kFrameTime = 400000;
 
-// A YUY2 VIDEOINFOHEADER type of a tiny picture.
-inline AM_MEDIA_TYPE VideoType(const GUID& subtype = MEDIASUBTYPE_YUY2, int width = 4,
-                               int height = 2) {
+// A VIDEOINFOHEADER type of a 4 x 2 picture.
+inline AM_MEDIA_TYPE VideoType(const GUID& subtype = MEDIASUBTYPE_YUY2) {
   VIDEOINFOHEADER vih;
   vih.AvgTimePerFrame = kFrameTime;
-  vih.bmiHeader.biWidth = width;
-  vih.bmiHeader.biHeight = height;
+  vih.bmiHeader.biWidth = 4;
+  vih.bmiHeader.biHeight = 2;
   vih.bmiHeader.biBitCount = 16;
   vih.bmiHeader.biCompression = subtype.Data1;
   vih.bmiHeader.biSizeImage = GetBitmapSize(vih.bmiHeader);
@@ -80,9 +79,7 @@ class CountingStream : public SourceStream {
   }
 
  private:
-  int frames_;
-  int failAt_;
-  int next_ = 0;
+  int frames_, failAt_, next_ = 0;
 };
 
 // Sends `frames` samples, each holding its index in every byte, and knows their duration;
