@@ -14,101 +14,73 @@ constexpr const char* kDefaults =
     "OSDCharset=Western\nOSDFace=Arial\nOSDColor=16777215\nOSDTransparent=1\nOSDSize=24\n"
     "OSDWeight=700\nOSDXPos=94\nOSDYPos=94\n";
 
-std::string ValueOf(const std::string& listing, const std::string& name) {
-  const auto at = listing.find("\n" + name + "=");
-  if (at == std::string::npos) return "<missing>";
-  const auto begin = at + name.size() + 2;
-  return listing.substr(begin, listing.find('\n', begin) - begin);
-}
-
-TEST(SettingsCli, EmptyStoreShowsTheDefaults) {
+TEST(SettingsCli, ShowSetAndResetKeepValuesWithinTheirRanges) {
   const TempDir dir;
-  const CliResult r = RunCli({"settings", "show"}, dir.registry());
-  EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out, kDefaults);
-}
-
-TEST(SettingsCli, SetStoresRawValuesThatShowReadsWithinTheirRanges) {
-  const TempDir dir;
-  ASSERT_EQ(RunCli({"settings", "set", "Overscan=31", "SubDelay=-600000", "SubFace=Liberation Serif",
-                    "subspeed=1001", "OSDColor=0x0000FF"},
-                   dir.registry())
+  const CliResult empty = dir.Run({"settings", "show"});
+  EXPECT_EQ(empty.status, 0) << empty.err;
+  EXPECT_EQ(empty.out, kDefaults);
+  ASSERT_EQ(dir.Run({"settings", "set", "Overscan=31", "SubDelay=-600000",
+                     "SubFace=Liberation Serif", "subspeed=1001", "OSDColor=0x0000FF"})
                 .status,
             0);
-  const std::string shown = "\n" + RunCli({"settings", "show"}, dir.registry()).out;
-  EXPECT_EQ(ValueOf(shown, "Overscan"), "8");  // out of range reads as the default
-  EXPECT_EQ(ValueOf(shown, "SubDelay"), "-600000");
-  EXPECT_EQ(ValueOf(shown, "SubFace"), "Liberation Serif");
-  EXPECT_EQ(ValueOf(shown, "SubSpeed"), "1001");
-  EXPECT_EQ(ValueOf(shown, "OSDColor"), "255");
+  const std::string shown = dir.Run({"settings", "show"}).out;
+  for (const char* line : {"\nOverscan=8\n",  // out of range reads as the default
+                           "\nSubDelay=-600000\n", "\nSubFace=Liberation Serif\n",
+                           "\nSubSpeed=1001\n", "\nOSDColor=255\n"})
+    EXPECT_NE(shown.find(line), std::string::npos) << line;
   EXPECT_NE(ReadFile(dir.registry()).find("\"Overscan\"=dword:0000001f"), std::string::npos);
+  ASSERT_EQ(dir.Run({"settings", "reset"}).status, 0);
+  EXPECT_EQ(dir.Run({"settings", "show"}).out, kDefaults);
 }
 
 TEST(SettingsCli, BadAssignmentsWriteNothing) {
   const TempDir dir;
-  for (const auto& bad : {"Bogus=1", "Overscan", "Overscan=eight", "Overscan=99999999999"}) {
-    const CliResult r = RunCli({"settings", "set", "Overscan=12", bad}, dir.registry());
-    EXPECT_EQ(r.status, 2) << bad;
-    EXPECT_FALSE(r.err.empty()) << bad;
-  }
-  EXPECT_NE(RunCli({"settings", "set", "Bogus=1"}, dir.registry()).err.find("Bogus"),
-            std::string::npos);
+  for (const auto& bad : {"Bogus=1", "Overscan", "Overscan=eight", "Overscan=99999999999"})
+    dir.ExpectFailures({{"settings", "set", "Overscan=12", bad}}, 2, "");
+  dir.ExpectFailures({{"settings", "set", "Bogus=1"}}, 2, "Bogus");
   EXPECT_FALSE(std::filesystem::exists(dir.registry()));
-}
-
-TEST(SettingsCli, ResetRemovesEveryValue) {
-  const TempDir dir;
-  ASSERT_EQ(RunCli({"settings", "set", "TV=1", "SubLang=French"}, dir.registry()).status, 0);
-  ASSERT_EQ(RunCli({"settings", "reset"}, dir.registry()).status, 0);
-  EXPECT_EQ(RunCli({"settings", "show"}, dir.registry()).out, kDefaults);
 }
 
 TEST(GeometryCli, PrintsTheGeometryUnderTheStoredSettings) {
   const TempDir dir;
-  struct {
-    std::vector<std::string> set;
-    std::vector<std::string> args;
+  const struct {
+    std::vector<std::string> set, args;
     const char* expected;
   } cases[] = {
-      {{}, {"640x272", "--subtitles"},
-       "copyWidth=640 inputLeft=0 leftBorder=0 rightBorder=0 outputWidth=640 outputHeight=480 "
-       "pictureTop=104\n"},
-      {{"bFill=1"}, {"640x272", "--subtitles"},
-       "copyWidth=484 inputLeft=78 leftBorder=0 rightBorder=0 outputWidth=484 outputHeight=363 "
-       "pictureTop=45\n"},
-      {{"bFill=0", "bOverscan=1"}, {"720x576"},
-       "copyWidth=720 inputLeft=0 leftBorder=28 rightBorder=28 outputWidth=776 "
-       "outputHeight=576 pictureTop=0\n"},
-      {{"bOverscan=0", "bFillH=1", "TV=1"}, {"720x576"},
-       "copyWidth=720 inputLeft=0 leftBorder=0 rightBorder=0 outputWidth=720 outputHeight=405 "
-       "pictureTop=-85\n"},
-      {{"bFillH=0", "TV=0", "Overlay=1"}, {"720x576", "--subtitles", "--picture-aspect", "16:9"},
-       "copyWidth=720 inputLeft=0 leftBorder=0 rightBorder=0 outputWidth=720 outputHeight=767 "
-       "pictureTop=95\n"},
+      {{}, {"640x272", "--subtitles"}, "640 0 0 0 640 480 104"},
+      {{"bFill=1"}, {"640x272", "--subtitles"}, "484 78 0 0 484 363 45"},
+      {{"bFill=0", "bOverscan=1"}, {"720x576"}, "720 0 28 28 776 576 0"},
+      {{"bOverscan=0", "bFillH=1", "TV=1"}, {"720x576"}, "720 0 0 0 720 405 -85"},
+      {{"bFillH=0", "TV=0", "Overlay=1"},
+       {"720x576", "--subtitles", "--picture-aspect", "16:9"},
+       "720 0 0 0 720 767 95"},
   };
   for (const auto& c : cases) {
-    if (!c.set.empty()) {
-      std::vector<std::string> set{"settings", "set"};
-      set.insert(set.end(), c.set.begin(), c.set.end());
-      ASSERT_EQ(RunCli(set, dir.registry()).status, 0);
-    }
-    std::vector<std::string> args{"geometry"};
+    std::vector<std::string> set{"settings", "set"}, args{"geometry"};
+    set.insert(set.end(), c.set.begin(), c.set.end());
     args.insert(args.end(), c.args.begin(), c.args.end());
-    const CliResult r = RunCli(args, dir.registry());
+    if (!c.set.empty()) {
+      ASSERT_EQ(dir.Run(set).status, 0);
+    }
+    const CliResult r = dir.Run(args);
     EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, c.expected) << c.args[0];
+    std::istringstream numbers(c.expected);
+    std::string expected;
+    for (const char* name : {"copyWidth", "inputLeft", "leftBorder", "rightBorder", "outputWidth",
+                             "outputHeight", "pictureTop"}) {
+      std::string n;
+      numbers >> n;
+      expected += std::string(expected.empty() ? "" : " ") + name + "=" + n;
+    }
+    EXPECT_EQ(r.out, expected + "\n") << c.args[0];
   }
-}
-
-TEST(GeometryCli, RejectsBadArguments) {
-  const TempDir dir;
-  for (const auto& args : std::vector<std::vector<std::string>>{
-           {"geometry"}, {"geometry", "720"}, {"geometry", "0x576"}, {"geometry", "720x576", "x"},
-           {"geometry", "720x576", "--picture-aspect"}, {"geometry", "720x576", "--picture-aspect", "4-3"}}) {
-    const CliResult r = RunCli(args, dir.registry());
-    EXPECT_EQ(r.status, 2) << args.back();
-    EXPECT_NE(r.err.find("korvalin: geometry"), std::string::npos) << args.back();
-  }
+  dir.ExpectFailures({{"geometry"},
+                      {"geometry", "720"},
+                      {"geometry", "0x576"},
+                      {"geometry", "720x576", "x"},
+                      {"geometry", "720x576", "--picture-aspect"},
+                      {"geometry", "720x576", "--picture-aspect", "4-3"}},
+                     2, "korvalin: geometry");
 }
 
 }  // namespace

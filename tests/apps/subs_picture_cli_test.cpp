@@ -33,13 +33,6 @@ std::string WriteTwoLanguages(const TempDir& dir) {
   return dir.Write("film.sub", sub.bytes()).string();
 }
 
-uint32_t BigEndian32(const std::string& s, std::size_t at) {
-  return (static_cast<uint32_t>(static_cast<uint8_t>(s[at])) << 24) |
-         (static_cast<uint32_t>(static_cast<uint8_t>(s[at + 1])) << 16) |
-         (static_cast<uint32_t>(static_cast<uint8_t>(s[at + 2])) << 8) |
-         static_cast<uint32_t>(static_cast<uint8_t>(s[at + 3]));
-}
-
 TEST(SubsPictureCli, DumpReadsOnlyTheGermanBlock) {
   const TempDir dir;
   const std::string sub = WriteTwoLanguages(dir);
@@ -75,36 +68,25 @@ TEST(SubsPictureCli, WritesTheEntrysPictureAsGreyAlphaPng) {
       RunCli({"subs", "picture", sub, "1", "-o", out, "--lang", "German"}, dir.registry());
   ASSERT_EQ(r.status, 0) << r.err;
   const std::string png = ReadFile(out);
-  ASSERT_GT(png.size(), 33u);
-  EXPECT_EQ(png.substr(0, 8), std::string("\x89PNG\r\n\x1a\n", 8));
-  EXPECT_EQ(png.substr(12, 4), "IHDR");
-  EXPECT_EQ(BigEndian32(png, 16), 21u);  // width
-  EXPECT_EQ(BigEndian32(png, 20), 4u);   // height
-  EXPECT_EQ(png[24], 8);                 // bit depth
-  EXPECT_EQ(png[25], 4);                 // grey with alpha
+  EXPECT_EQ(testing::PngSize(png), std::make_pair(21u, 4u));
+  EXPECT_EQ(png.substr(24, 2), std::string("\x08\x04", 2));  // 8 bits, grey with alpha
 }
 
 TEST(SubsPictureCli, ReportsBadArgumentsAndMissingEntries) {
   const TempDir dir;
   const std::string sub = WriteTwoLanguages(dir);
   const std::string out = (dir.path() / "x.png").string();
-  EXPECT_EQ(RunCli({"subs", "picture", sub, "0"}, dir.registry()).status, 2);  // no -o
-  EXPECT_EQ(RunCli({"subs", "picture", sub, "-o", out}, dir.registry()).status, 2);
-  EXPECT_EQ(RunCli({"subs", "picture", sub, "x", "-o", out}, dir.registry()).status, 2);
-  EXPECT_EQ(RunCli({"subs", "picture", sub, "-1", "-o", out}, dir.registry()).status, 2);
-  EXPECT_EQ(RunCli({"subs", "picture", sub, "0", "-o", out, "--bad", "1"}, dir.registry()).status,
-            2);
-  const auto missing = RunCli({"subs", "picture", sub, "2", "-o", out}, dir.registry());
-  EXPECT_EQ(missing.status, 1);
-  EXPECT_NE(missing.err.find("does not exist"), std::string::npos) << missing.err;
+  dir.ExpectFailures({{"subs", "picture", sub, "0"},
+                      {"subs", "picture", sub, "-o", out},
+                      {"subs", "picture", sub, "x", "-o", out},
+                      {"subs", "picture", sub, "-1", "-o", out},
+                      {"subs", "picture", sub, "0", "-o", out, "--bad", "1"}},
+                     2, "");
+  dir.ExpectFailures({{"subs", "picture", sub, "2", "-o", out}}, 1, "does not exist");
   const std::string srt = dir.Write("t.srt", "1\n00:00:01,000 --> 00:00:02,000\nHi\n").string();
-  const auto text = RunCli({"subs", "picture", srt, "0", "-o", out}, dir.registry());
-  EXPECT_EQ(text.status, 1);
-  EXPECT_NE(text.err.find("no picture"), std::string::npos) << text.err;
-  EXPECT_EQ(RunCli({"subs", "picture", (dir.path() / "none.sub").string(), "0", "-o", out},
-                   dir.registry())
-                .status,
-            1);
+  dir.ExpectFailures({{"subs", "picture", srt, "0", "-o", out}}, 1, "no picture");
+  dir.ExpectFailures({{"subs", "picture", (dir.path() / "none.sub").string(), "0", "-o", out}}, 1,
+                     "");
 }
 
 }  // namespace

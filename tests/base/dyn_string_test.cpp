@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "base/string_search.h"
 
 namespace korvalin {
@@ -37,42 +39,32 @@ TEST(DynString, AppendGrowsAndKeepsContent) {
 
 TEST(DynString, Substrings) {
   const DynString s("abc");
-  EXPECT_EQ(s.Right(4), "abc");
-  EXPECT_EQ(s.Right(2), "bc");
-  EXPECT_EQ(s.Left(0), "");
-  EXPECT_EQ(s.Left(9), "abc");
-  EXPECT_EQ(s.Mid(5), "");
-  EXPECT_EQ(s.Mid(1), "bc");
-  EXPECT_EQ(s.Mid(1, 1), "b");
-  EXPECT_EQ(s.Mid(1, 9), "bc");
-  EXPECT_EQ(s.Concat("d"), "abcd");
+  const std::pair<DynString, const char*> cases[] = {
+      {s.Right(4), "abc"}, {s.Right(2), "bc"},  {s.Left(0), ""},
+      {s.Left(9), "abc"},  {s.Mid(5), ""},      {s.Mid(1), "bc"},
+      {s.Mid(1, 1), "b"},  {s.Mid(1, 9), "bc"}, {s.Concat("d"), "abcd"}};
+  for (const auto& [got, want] : cases) EXPECT_EQ(got, want);
   EXPECT_EQ(s.Find("c"), 2);
   EXPECT_EQ(s.Find("c", 3), -1);
 }
 
 TEST(DynString, Replace) {
-  struct Case {
-    const char* text;
-    const char* find;
-    const char* with;
-    int flags;
-    const char* want;
-    int count;
-  };
-  const Case cases[] = {
+  constexpr int kAll = DynString::kReplaceAll, kRepeat = DynString::kReplaceRepeat;
+  // text, find, with, flags, result, count
+  const std::tuple<const char*, const char*, const char*, int, const char*, int> cases[] = {
       {"a.a.a", ".", "-", 0, "a-a.a", 1},
-      {"a.a.a", ".", "-", DynString::kReplaceAll, "a-a-a", 2},
-      {"aaa", "a", "aa", DynString::kReplaceAll, "aaaaaa", 3},  // search goes on after it
-      {"a    b", "  ", " ", DynString::kReplaceAll, "a  b", 2},
-      {"a    b", "  ", " ", DynString::kReplaceAll | DynString::kReplaceRepeat, "a b", 3},
-      {"a  b", "  ", " x ", DynString::kReplaceAll | DynString::kReplaceRepeat, "a x b", 1},
-      {"", "a", "b", DynString::kReplaceAll, "", 0},
-      {"abc", "", "x", DynString::kReplaceAll, "abc", 0},
+      {"a.a.a", ".", "-", kAll, "a-a-a", 2},
+      {"aaa", "a", "aa", kAll, "aaaaaa", 3},  // search goes on after it
+      {"a    b", "  ", " ", kAll, "a  b", 2},
+      {"a    b", "  ", " ", kAll | kRepeat, "a b", 3},
+      {"a  b", "  ", " x ", kAll | kRepeat, "a x b", 1},
+      {"", "a", "b", kAll, "", 0},
+      {"abc", "", "x", kAll, "abc", 0},
   };
-  for (const Case& c : cases) {
-    DynString s(c.text);
-    EXPECT_EQ(s.Replace(c.find, c.with, c.flags), c.count) << c.text << " " << c.flags;
-    EXPECT_EQ(s, c.want) << c.text << " " << c.flags;
+  for (const auto& [text, find, with, flags, want, count] : cases) {
+    DynString s(text);
+    EXPECT_EQ(s.Replace(find, with, flags), count) << text << " " << flags;
+    EXPECT_EQ(s, want) << text << " " << flags;
   }
 }
 

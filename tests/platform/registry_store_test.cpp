@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "platform/regedit_format.h"
+#include "support/temp_folder.h"
 
 namespace korvalin::platform {
 namespace {
@@ -46,54 +47,19 @@ std::string ReadFile(const fs::path& path) {
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-void WriteFile(const fs::path& path, std::string_view bytes) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-// A fresh folder per test, removed afterwards.
-class TempFolder {
- public:
-  TempFolder() {
-    std::string pattern = (fs::temp_directory_path() / "korvalin-reg-XXXXXX").string();
-    path_ = ::mkdtemp(pattern.data());
-  }
-  ~TempFolder() {
-    std::error_code ec;
-    fs::remove_all(path_, ec);
-  }
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
-
 // Sets or unsets an environment variable for the life of the object.
 class ScopedEnv {
  public:
   ScopedEnv(const char* name, const char* value) : name_(name) {
     if (const char* old = std::getenv(name)) old_ = old;
-    if (value) {
-      ::setenv(name, value, 1);
-    } else {
-      ::unsetenv(name);
-    }
+    value ? ::setenv(name, value, 1) : ::unsetenv(name);
   }
-  ~ScopedEnv() {
-    if (old_) {
-      ::setenv(name_, old_->c_str(), 1);
-    } else {
-      ::unsetenv(name_);
-    }
-  }
+  ~ScopedEnv() { old_ ? ::setenv(name_, old_->c_str(), 1) : ::unsetenv(name_); }
 
  private:
   const char* name_;
   std::optional<std::string> old_;
 };
-
-// ---------------------------------------------------------------------------------------------
-// The REGEDIT4 text form
 
 TEST(RegeditFormat, SerializesTheDocumentedForm) {
   RegistryDocument document;
@@ -272,34 +238,26 @@ TEST(RegeditFormat, WithoutHeaderTheDocumentIsEmpty) {
   EXPECT_FALSE(ParseRegedit("\n\nREGEDIT4").Damaged());
 }
 
-// ---------------------------------------------------------------------------------------------
-// The store
-
 class RegistryStoreTest : public ::testing::Test {
  protected:
   fs::path File() const { return folder_.path() / "korvalin" / "registry.reg"; }
-  std::vector<std::string> FolderEntries() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(File().parent_path())) {
-      names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
+  fs::path Backup() const { return File().string() + ".bak"; }
+  static int Set(RegistryStore& store, std::string_view name, RegistryValue value) {
+    return store.Set(RootKey::LocalMachine, kKey, name, std::move(value));
   }
-  TempFolder folder_;
+  static std::optional<RegistryValue> Get(RegistryStore& store, std::string_view name) {
+    return store.Query(RootKey::LocalMachine, kKey, name);
+  }
+  testing::TempFolder folder_;
 };
-
-TEST_F(RegistryStoreTest, MissingFileReadsAsEmpty) {
-  RegistryStore store(File());
-  EXPECT_FALSE(store.Query(RootKey::LocalMachine, kKey, "SubLang"));
-  EXPECT_TRUE(store.Values(RootKey::LocalMachine, kKey).empty());
-  EXPECT_FALSE(fs::exists(File()));  // reading creates nothing
-}
 
 TEST_F(RegistryStoreTest, WritesCreateFoldersAndTheDocumentedText) {
   RegistryStore store(File());
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Overscan", Dword(15)), 0);
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "SubLang",
+  EXPECT_FALSE(Get(store, "SubLang"));
+  EXPECT_FALSE(fs::exists(File()));  // reading creates nothing
+  ASSERT_EQ(Set(store, "Overscan", Dword(15)), 0);
+  ASSERT_EQ(Set(store, "SubLang", Text("English")), 0);
+  ASSERT_EQ(store.Set(RootKey::LocalMachine, "SOFTWARE\\VORNIK\\KORVALIN", "SUBLANG",
                       Text("Fran\xE7"
                            "ais")),
             0);
@@ -307,145 +265,106 @@ TEST_F(RegistryStoreTest, WritesCreateFoldersAndTheDocumentedText) {
             "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\Software\\Vornik\\Korvalin]\n"
             "\"Overscan\"=dword:0000000f\n\"SubLang\"=\"Fran\xE7"
             "ais\"\n\n");
-  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "overscan"), Dword(15));
+  EXPECT_EQ(Get(store, "overscan"), Dword(15));
   // Only the file and its lock file stay behind: no temporary file, no backup.
-  EXPECT_EQ(FolderEntries(), (std::vector<std::string>{"registry.reg", "registry.reg.lock"}));
-}
-
-TEST_F(RegistryStoreTest, SettingANameInOtherLettersKeepsItsSpelling) {
-  RegistryStore store(File());
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "SubLang", Text("English")), 0);
-  ASSERT_EQ(
-      store.Set(RootKey::LocalMachine, "SOFTWARE\\VORNIK\\KORVALIN", "SUBLANG", Text("French")), 0);
-  const auto values = store.Values(RootKey::LocalMachine, "software\\vornik\\korvalin");
-  ASSERT_EQ(values.size(), 1u);
-  EXPECT_EQ(values[0].first, "SubLang");
-  EXPECT_EQ(values[0].second, Text("French"));
-  EXPECT_NE(ReadFile(File()).find("[HKEY_LOCAL_MACHINE\\Software\\Vornik\\Korvalin]"),
-            std::string::npos);
-}
-
-TEST_F(RegistryStoreTest, DeleteValuesEmptiesOnlyThatKey) {
-  RegistryStore store(File());
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "A", Dword(1)), 0);
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "B", Dword(2)), 0);
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(File().parent_path()))
+    names.push_back(entry.path().filename().string());
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (std::vector<std::string>{"registry.reg", "registry.reg.lock"}));
+  // Names with line feeds are refused.
+  EXPECT_EQ(store.Set(RootKey::LocalMachine, "a\nb", "x", Dword(1)), -1);
+  EXPECT_EQ(Set(store, "x\ny", Dword(1)), -1);
+  // DeleteValues empties only that key.
   ASSERT_EQ(store.Set(RootKey::CurrentUser, kKey, "C", Dword(3)), 0);
   ASSERT_EQ(store.DeleteValues(RootKey::LocalMachine, kKey), 0);
   EXPECT_TRUE(store.Values(RootKey::LocalMachine, kKey).empty());
-  EXPECT_EQ(*store.Query(RootKey::CurrentUser, kKey, "C"), Dword(3));
+  EXPECT_EQ(store.Query(RootKey::CurrentUser, kKey, "C"), Dword(3));
 }
 
-TEST_F(RegistryStoreTest, NamesWithLineFeedsAreRefused) {
-  RegistryStore store(File());
-  EXPECT_EQ(store.Set(RootKey::LocalMachine, "a\nb", "x", Dword(1)), -1);
-  EXPECT_EQ(store.Set(RootKey::LocalMachine, kKey, "x\ny", Dword(1)), -1);
-  EXPECT_FALSE(fs::exists(File()));
-}
-
-TEST_F(RegistryStoreTest, DamagedFileReadsAsEmptyAndIsBackedUpOnTheNextWrite) {
-  fs::create_directories(File().parent_path());
-  const std::string garbage = "\x01\x02 this is not a registry file\n\"Overscan\"=dword:00000001\n";
-  WriteFile(File(), garbage);
-  RegistryStore store(File());
-  EXPECT_FALSE(store.Query(RootKey::LocalMachine, kKey, "Overscan"));
-  EXPECT_FALSE(fs::exists(File().string() + ".bak"));  // reading changes nothing
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Fill", Dword(80)), 0);
-  EXPECT_EQ(ReadFile(File().string() + ".bak"), garbage);
-  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Fill"), Dword(80));
-  EXPECT_FALSE(ParseRegedit(ReadFile(File())).Damaged());
-}
-
-TEST_F(RegistryStoreTest, DamagedLinesAreSkippedAndTheFileIsBackedUp) {
-  fs::create_directories(File().parent_path());
-  const std::string text =
+TEST_F(RegistryStoreTest, DamagedFilesReadWhatIsLegibleAndAreBackedUpOnTheNextWrite) {
+  const std::string garbage = "\x01\x02 not a registry file\n\"Overscan\"=dword:00000001\n";
+  const std::string damagedLine =
       "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\Software\\Vornik\\Korvalin]\n"
-      "\"Overscan\"=dword:00000011\n"
-      "\"Broken\"=dword:\n"
-      "\"SubLang\"=\"German\"\n";
-  WriteFile(File(), text);
-  RegistryStore store(File());
-  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Overscan"), Dword(17));
-  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "SubLang"), Text("German"));
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Fill", Dword(80)), 0);
-  EXPECT_EQ(ReadFile(File().string() + ".bak"), text);
-  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Overscan"), Dword(17));
-  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "SubLang"), Text("German"));
-  // A clean file is not backed up again.
-  fs::remove(File().string() + ".bak");
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Fill", Dword(81)), 0);
-  EXPECT_FALSE(fs::exists(File().string() + ".bak"));
+      "\"Overscan\"=dword:00000011\n\"Broken\"=dword:\n\"SubLang\"=\"German\"\n";
+  for (const std::string& text : {garbage, damagedLine}) {
+    folder_.Write("korvalin/registry.reg", text);
+    fs::remove(Backup());
+    RegistryStore store(File());
+    const bool legible = text == damagedLine;
+    EXPECT_EQ(Get(store, "Overscan"), legible ? std::optional(Dword(17)) : std::nullopt);
+    EXPECT_FALSE(fs::exists(Backup()));  // reading changes nothing
+    ASSERT_EQ(Set(store, "Fill", Dword(80)), 0);
+    EXPECT_EQ(ReadFile(Backup()), text);
+    EXPECT_EQ(Get(store, "Fill"), Dword(80));
+    EXPECT_EQ(Get(store, "SubLang"), legible ? std::optional(Text("German")) : std::nullopt);
+    EXPECT_FALSE(ParseRegedit(ReadFile(File())).Damaged());
+    // A clean file is not backed up again.
+    fs::remove(Backup());
+    ASSERT_EQ(Set(store, "Fill", Dword(81)), 0);
+    EXPECT_FALSE(fs::exists(Backup()));
+  }
 }
 
-TEST_F(RegistryStoreTest, AFileThatCannotBeReadIsNeverReplaced) {
+TEST_F(RegistryStoreTest, FilesThatCannotBeWrittenFailTheWriteAndLinksStayLinks) {
   fs::create_directories(File());  // a folder where the file should be
   RegistryStore store(File());
-  EXPECT_FALSE(store.Query(RootKey::LocalMachine, kKey, "Overscan"));
-  EXPECT_EQ(store.Set(RootKey::LocalMachine, kKey, "Overscan", Dword(1)), -1);
+  EXPECT_FALSE(Get(store, "Overscan"));
+  EXPECT_EQ(Set(store, "Overscan", Dword(1)), -1);
   EXPECT_TRUE(fs::is_directory(File()));
-}
 
-TEST_F(RegistryStoreTest, AFolderThatCannotBeCreatedFailsTheWrite) {
-  WriteFile(folder_.path() / "plain", "x");
-  RegistryStore store(folder_.path() / "plain" / "registry.reg");
-  EXPECT_EQ(store.Set(RootKey::LocalMachine, kKey, "Overscan", Dword(1)), -1);
-  RegistryStore::Batch batch(store);
-  EXPECT_EQ(store.Set(RootKey::LocalMachine, kKey, "Overscan", Dword(1)), 0);  // queued
+  RegistryStore blocked(folder_.Write("plain", "x") / "registry.reg");
+  EXPECT_EQ(Set(blocked, "Overscan", Dword(1)), -1);
+  RegistryStore::Batch batch(blocked);
+  EXPECT_EQ(Set(blocked, "Overscan", Dword(1)), 0);  // queued
   EXPECT_EQ(batch.Commit(), -1);
-}
 
-TEST_F(RegistryStoreTest, ASymbolicLinkStaysALink) {
-  fs::create_directories(File().parent_path());
-  const fs::path real = folder_.path() / "real.reg";
-  fs::create_symlink(real, File());
-  RegistryStore store(File());
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Fill", Dword(90)), 0);
-  EXPECT_TRUE(fs::is_symlink(File()));
+  const fs::path link = folder_.path() / "link.reg", real = folder_.path() / "real.reg";
+  fs::create_symlink(real, link);
+  RegistryStore linked(link);
+  ASSERT_EQ(Set(linked, "Fill", Dword(90)), 0);
+  EXPECT_TRUE(fs::is_symlink(link));
   EXPECT_NE(ReadFile(real).find("\"Fill\"=dword:0000005a"), std::string::npos);
 }
 
 TEST_F(RegistryStoreTest, TwoStoresOnOneFileNeverLoseEachOthersValues) {
-  RegistryStore first(File());
-  RegistryStore second(File());
-  ASSERT_EQ(first.Set(RootKey::LocalMachine, kKey, "A", Dword(1)), 0);
-  ASSERT_EQ(second.Set(RootKey::LocalMachine, kKey, "B", Dword(2)), 0);
+  RegistryStore first(File()), second(File());
+  ASSERT_EQ(Set(first, "A", Dword(1)), 0);
+  ASSERT_EQ(Set(second, "B", Dword(2)), 0);
   {
     // Both take their snapshot before either commits.
-    RegistryStore::Batch one(first);
-    RegistryStore::Batch two(second);
-    ASSERT_EQ(first.Set(RootKey::LocalMachine, kKey, "C", Dword(3)), 0);
-    ASSERT_EQ(second.Set(RootKey::LocalMachine, kKey, "D", Dword(4)), 0);
-    ASSERT_EQ(second.Set(RootKey::LocalMachine, kKey, "A", Dword(10)), 0);
+    RegistryStore::Batch one(first), two(second);
+    ASSERT_EQ(Set(first, "C", Dword(3)), 0);
+    ASSERT_EQ(Set(second, "D", Dword(4)), 0);
+    ASSERT_EQ(Set(second, "A", Dword(10)), 0);
   }
   RegistryStore reader(File());
-  EXPECT_EQ(*reader.Query(RootKey::LocalMachine, kKey, "A"), Dword(10));
-  EXPECT_EQ(*reader.Query(RootKey::LocalMachine, kKey, "B"), Dword(2));
-  EXPECT_EQ(*reader.Query(RootKey::LocalMachine, kKey, "C"), Dword(3));
-  EXPECT_EQ(*reader.Query(RootKey::LocalMachine, kKey, "D"), Dword(4));
+  for (const auto& [name, n] : {std::pair{"A", 10}, {"B", 2}, {"C", 3}, {"D", 4}})
+    EXPECT_EQ(Get(reader, name), Dword(n)) << name;
 }
 
 TEST_F(RegistryStoreTest, ConcurrentWritersInThreadsAndProcessesLoseNothing) {
-  constexpr int kWriters = 6;
-  constexpr int kValues = 15;
-  auto writeAll = [this](int writer) {
+  constexpr int kWriters = 6, kProcesses = 2, kValues = 15;
+  const auto name = [](int writer, int i) {
+    return "W" + std::to_string(writer) + "_" + std::to_string(i);
+  };
+  auto writeAll = [&](int writer) {
     RegistryStore store(File());
-    for (int i = 0; i < kValues; ++i) {
-      const std::string name = "W" + std::to_string(writer) + "_" + std::to_string(i);
-      if (store.Set(RootKey::LocalMachine, kKey, name, Dword(writer * 100 + i)) != 0) return false;
-    }
+    for (int i = 0; i < kValues; ++i)
+      if (Set(store, name(writer, i), Dword(writer * 100 + i)) != 0) return false;
     return true;
   };
   std::vector<pid_t> children;
-  for (int writer = 0; writer < 2; ++writer) {
+  for (int writer = kWriters; writer < kWriters + kProcesses; ++writer) {
     const pid_t pid = ::fork();
     ASSERT_GE(pid, 0);
-    if (pid == 0) ::_exit(writeAll(kWriters + writer) ? 0 : 1);
+    if (pid == 0) ::_exit(writeAll(writer) ? 0 : 1);
     children.push_back(pid);
   }
   std::vector<std::thread> threads;
   std::vector<char> ok(kWriters, 0);
-  for (int writer = 0; writer < kWriters; ++writer) {
+  for (int writer = 0; writer < kWriters; ++writer)
     threads.emplace_back([&, writer] { ok[writer] = writeAll(writer); });
-  }
   for (auto& thread : threads) thread.join();
   for (pid_t pid : children) {
     int status = 0;
@@ -455,118 +374,82 @@ TEST_F(RegistryStoreTest, ConcurrentWritersInThreadsAndProcessesLoseNothing) {
   for (char each : ok) EXPECT_TRUE(each);
   RegistryStore reader(File());
   EXPECT_EQ(reader.Values(RootKey::LocalMachine, kKey).size(),
-            static_cast<std::size_t>((kWriters + 2) * kValues));
-  for (int writer = 0; writer < kWriters + 2; ++writer) {
-    for (int i = 0; i < kValues; ++i) {
-      const std::string name = "W" + std::to_string(writer) + "_" + std::to_string(i);
-      const auto value = reader.Query(RootKey::LocalMachine, kKey, name);
-      ASSERT_TRUE(value) << name;
-      EXPECT_EQ(*value, Dword(writer * 100 + i));
-    }
-  }
+            static_cast<std::size_t>((kWriters + kProcesses) * kValues));
+  for (int writer = 0; writer < kWriters + kProcesses; ++writer)
+    for (int i = 0; i < kValues; ++i)
+      EXPECT_EQ(Get(reader, name(writer, i)), Dword(writer * 100 + i)) << name(writer, i);
 }
 
 TEST_F(RegistryStoreTest, ABatchReadsOneSnapshotAndCommitsOnceAtTheOutermostEnd) {
-  RegistryStore store(File());
-  RegistryStore other(File());
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Before", Dword(1)), 0);
+  RegistryStore store(File()), other(File());
+  { RegistryStore::Batch onlyReads(store); }
+  EXPECT_FALSE(fs::exists(File().parent_path()));  // a batch that only reads writes nothing
+  ASSERT_EQ(Set(store, "Before", Dword(1)), 0);
   {
     RegistryStore::Batch outer(store);
     // Another writer changes the file: the batch does not see it.
-    ASSERT_EQ(other.Set(RootKey::LocalMachine, kKey, "Outside", Dword(2)), 0);
-    ASSERT_EQ(other.Set(RootKey::LocalMachine, kKey, "Before", Dword(5)), 0);
-    EXPECT_FALSE(store.Query(RootKey::LocalMachine, kKey, "Outside"));
-    EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Before"), Dword(1));
+    ASSERT_EQ(Set(other, "Outside", Dword(2)), 0);
+    ASSERT_EQ(Set(other, "Before", Dword(5)), 0);
+    EXPECT_FALSE(Get(store, "Outside"));
+    EXPECT_EQ(Get(store, "Before"), Dword(1));
     // Its own writes are seen at once but not written yet.
-    ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Inside", Dword(3)), 0);
-    EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Inside"), Dword(3));
+    ASSERT_EQ(Set(store, "Inside", Dword(3)), 0);
+    EXPECT_EQ(Get(store, "Inside"), Dword(3));
     EXPECT_EQ(store.Values(RootKey::LocalMachine, kKey).size(), 2u);
     {
       RegistryStore::Batch inner(store);
-      ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Nested", Dword(4)), 0);
+      ASSERT_EQ(Set(store, "Nested", Dword(4)), 0);
     }
-    // The inner batch ended without committing.
-    EXPECT_FALSE(other.Query(RootKey::LocalMachine, kKey, "Inside"));
-    EXPECT_FALSE(other.Query(RootKey::LocalMachine, kKey, "Nested"));
-    EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Nested"), Dword(4));
+    EXPECT_FALSE(Get(other, "Inside"));  // the inner batch ended without committing
+    EXPECT_FALSE(Get(other, "Nested"));
+    EXPECT_EQ(Get(store, "Nested"), Dword(4));
   }
   // Committed together, merged with the other writer's values.
-  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "Inside"), Dword(3));
-  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "Nested"), Dword(4));
-  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "Outside"), Dword(2));
-  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "Before"), Dword(5));
+  for (const auto& [name, n] :
+       {std::pair{"Inside", 3}, {"Nested", 4}, {"Outside", 2}, {"Before", 5}})
+    EXPECT_EQ(Get(other, name), Dword(n)) << name;
   // Without a batch every read looks at the file afresh.
-  ASSERT_EQ(other.Set(RootKey::LocalMachine, kKey, "Later", Dword(6)), 0);
-  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "Later"), Dword(6));
+  ASSERT_EQ(Set(other, "Later", Dword(6)), 0);
+  EXPECT_EQ(Get(store, "Later"), Dword(6));
 }
 
 TEST_F(RegistryStoreTest, CommitWritesAtOnceAndTheBatchGoesOn) {
-  RegistryStore store(File());
-  RegistryStore other(File());
+  RegistryStore store(File()), other(File());
   RegistryStore::Batch batch(store);
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "A", Dword(1)), 0);
+  ASSERT_EQ(Set(store, "A", Dword(1)), 0);
   EXPECT_FALSE(fs::exists(File()));
-  ASSERT_EQ(other.Set(RootKey::LocalMachine, kKey, "B", Dword(2)), 0);
+  ASSERT_EQ(Set(other, "B", Dword(2)), 0);
   ASSERT_EQ(batch.Commit(), 0);
-  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "A"), Dword(1));
-  // The fresh snapshot holds what was committed, the other writer's value included.
-  EXPECT_EQ(*store.Query(RootKey::LocalMachine, kKey, "B"), Dword(2));
-  ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "C", Dword(3)), 0);
-  EXPECT_FALSE(other.Query(RootKey::LocalMachine, kKey, "C"));
+  EXPECT_EQ(Get(other, "A"), Dword(1));
+  EXPECT_EQ(Get(store, "B"), Dword(2));  // the fresh snapshot holds the other writer's value
+  ASSERT_EQ(Set(store, "C", Dword(3)), 0);
+  EXPECT_FALSE(Get(other, "C"));
   EXPECT_EQ(batch.Commit(), 0);
-  EXPECT_EQ(*other.Query(RootKey::LocalMachine, kKey, "C"), Dword(3));
+  EXPECT_EQ(Get(other, "C"), Dword(3));
   EXPECT_EQ(batch.Commit(), 0);  // nothing pending
 }
 
-TEST_F(RegistryStoreTest, ABatchThatOnlyReadsWritesNothing) {
-  RegistryStore store(File());
-  { RegistryStore::Batch batch(store); }
-  EXPECT_FALSE(fs::exists(File()));
-  EXPECT_FALSE(fs::exists(File().parent_path()));
-}
-
-// ---------------------------------------------------------------------------------------------
-// Where the file is
-
 TEST(RegistryStorePath, FollowsTheEnvironment) {
-  {
-    ScopedEnv registry("KORVALIN_REGISTRY", "/somewhere/my.reg");
-    ScopedEnv config("XDG_CONFIG_HOME", "/xdg");
-    EXPECT_EQ(RegistryStore::DefaultFile(), fs::path("/somewhere/my.reg"));
-  }
-  {
-    ScopedEnv registry("KORVALIN_REGISTRY", "");  // empty counts as unset
-    ScopedEnv config("XDG_CONFIG_HOME", "/xdg");
-    EXPECT_EQ(RegistryStore::DefaultFile(), fs::path("/xdg/korvalin/registry.reg"));
-  }
-  {
-    ScopedEnv registry("KORVALIN_REGISTRY", nullptr);
-    ScopedEnv config("XDG_CONFIG_HOME", nullptr);
-    ScopedEnv home("HOME", "/home/someone");
-    EXPECT_EQ(RegistryStore::DefaultFile(),
-              fs::path("/home/someone/.config/korvalin/registry.reg"));
-  }
-  {
-    ScopedEnv registry("KORVALIN_REGISTRY", nullptr);
-    ScopedEnv config("XDG_CONFIG_HOME", "");
-    ScopedEnv home("HOME", "/home/someone");
-    EXPECT_EQ(RegistryStore::DefaultFile(),
-              fs::path("/home/someone/.config/korvalin/registry.reg"));
-  }
-  {
-    // The XDG rules ignore a relative XDG_CONFIG_HOME.
-    ScopedEnv registry("KORVALIN_REGISTRY", nullptr);
-    ScopedEnv config("XDG_CONFIG_HOME", "relative/config");
-    ScopedEnv home("HOME", "/home/someone");
-    EXPECT_EQ(RegistryStore::DefaultFile(),
-              fs::path("/home/someone/.config/korvalin/registry.reg"));
+  const struct {
+    const char *registry, *config, *expected;
+  } cases[] = {
+      {"/somewhere/my.reg", "/xdg", "/somewhere/my.reg"},
+      {"", "/xdg", "/xdg/korvalin/registry.reg"},  // empty counts as unset
+      {nullptr, nullptr, "/home/someone/.config/korvalin/registry.reg"},
+      {nullptr, "", "/home/someone/.config/korvalin/registry.reg"},
+      {nullptr, "relative/config", "/home/someone/.config/korvalin/registry.reg"},
+  };
+  ScopedEnv home("HOME", "/home/someone");
+  for (const auto& c : cases) {
+    ScopedEnv registry("KORVALIN_REGISTRY", c.registry);
+    ScopedEnv config("XDG_CONFIG_HOME", c.config);
+    EXPECT_EQ(RegistryStore::DefaultFile(), fs::path(c.expected));
   }
 }
 
 TEST(RegistryStorePath, TheProcessStoreFollowsKorvalinRegistry) {
-  TempFolder folder;
-  const fs::path a = folder.path() / "a.reg";
-  const fs::path b = folder.path() / "b.reg";
+  testing::TempFolder folder;
+  const fs::path a = folder.path() / "a.reg", b = folder.path() / "b.reg";
   {
     ScopedEnv registry("KORVALIN_REGISTRY", a.c_str());
     RegistryStore& store = RegistryStore::Process();
@@ -581,10 +464,8 @@ TEST(RegistryStorePath, TheProcessStoreFollowsKorvalinRegistry) {
     EXPECT_FALSE(store.Query(RootKey::LocalMachine, kKey, "Where"));
     ASSERT_EQ(store.Set(RootKey::LocalMachine, kKey, "Where", Text("b")), 0);
   }
-  {
-    ScopedEnv registry("KORVALIN_REGISTRY", a.c_str());
-    EXPECT_EQ(*RegistryStore::Process().Query(RootKey::LocalMachine, kKey, "Where"), Text("a"));
-  }
+  ScopedEnv registry("KORVALIN_REGISTRY", a.c_str());
+  EXPECT_EQ(RegistryStore::Process().Query(RootKey::LocalMachine, kKey, "Where"), Text("a"));
   EXPECT_NE(ReadFile(b).find("\"Where\"=\"b\""), std::string::npos);
 }
 

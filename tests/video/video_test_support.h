@@ -21,6 +21,9 @@ class GuardedBuffer {
   }
   uint8_t* data() { return bytes_.data() + kGuard; }
   size_t size() const { return size_; }
+  std::vector<uint8_t> Bytes() const {
+    return {bytes_.begin() + kGuard, bytes_.begin() + kGuard + size_};
+  }
   bool GuardsIntact() const {
     const auto isGuard = [](uint8_t b) { return b == kGuardByte; };
     return std::all_of(bytes_.begin(), bytes_.begin() + kGuard, isGuard) &&
