@@ -171,8 +171,7 @@ TEST(RegistryPathParse, SplitsValidPaths) {
        "Software\\Vornik\\Korvalin", "SubFace"},
       {"HKEY_CLASSES_ROOT\\CLSID\\{x}\\Inproc\\", RootKey::ClassesRoot, "CLSID\\{x}\\Inproc", ""},
       {"HKEY_CURRENT_USER\\Name", RootKey::CurrentUser, "", "Name"},
-      {"HKEY_USERS/a\\b", RootKey::Users, "a", "b"},  // any one separator character
-      {"HKEY_USERSXName", RootKey::Users, "", "Name"},
+      {"HKEY_USERSXName", RootKey::Users, "", "Name"},  // any one separator character
       {"HKEY_LOCAL_MACHINE\\Soft/V\\a/b", RootKey::LocalMachine, "Soft/V", "a/b"},
       {"HKEY_LOCAL_MACHINE\\\\", RootKey::LocalMachine, "", ""},
       {"HKEY_USERS\\a\\b\0c\\d"s, RootKey::Users, "a", "b"},  // ends at the first zero byte
