@@ -5,6 +5,7 @@
 
 #include "base/std_file.h"
 #include "subtitles/line_reader.h"
+#include "subtitles/readers/text_reader_support.h"
 #include "subtitles/subtitle_file.h"
 #include "base/number_scan.h"
 
@@ -71,20 +72,13 @@ class AqTitleParser {
 }  // namespace
 
 int ReadAqTitle(SubtitleTrack& track, const char* path) {
-  track.Reset();
   StdFile file;
-  if (!path || OpenSubtitleFile(file, path, "rt") != 0) return -1;
-  track.fileName.Assign(path);
-  track.formatName.Assign("AqTitle");
+  if (BeginReading(track, file, path, "rt", "AqTitle") != 0) return -1;
   track.framesPending = true;
   AqTitleParser parser(track, file);
   if (parser.ReadBlocks() != 0) return -1;
   if (parser.frameRate() > 0) track.ConvertFramesToMs(parser.frameRate());
-  file.Close();
-  track.SortByStart();
-  track.CloseOpenEnds();
-  track.RemoveEmpty();
-  return track.entries.IsEmpty() ? 1 : 0;
+  return FinishReading(track, file, CleanUp::kSortCloseOpenEndsAndRemoveEmpty);
 }
 
 }  // namespace korvalin

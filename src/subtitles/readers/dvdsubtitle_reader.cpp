@@ -7,6 +7,7 @@
 #include "base/std_file.h"
 #include "platform/file_search.h"
 #include "render/picture.h"
+#include "subtitles/readers/text_reader_support.h"
 #include "subtitles/subtitle_file.h"
 #include "subtitles/time_scanners.h"
 #include "base/number_scan.h"
@@ -120,18 +121,11 @@ class DvdSubtitleParser {
 }  // namespace
 
 int ReadDvdSubtitle(SubtitleTrack& track, const char* path) {
-  track.Reset();
   StdFile file;
-  if (!path || OpenSubtitleFile(file, path, "rt") != 0) return -1;
-  track.fileName.Assign(path);
-  track.formatName.Assign("DVDSubtitle");
+  if (BeginReading(track, file, path, "rt", "DVDSubtitle") != 0) return -1;
   DvdSubtitleParser parser(track);
   if (parser.ReadBlocks(file) != 0) return -1;
-  file.Close();
-  track.SortByStart();
-  track.CloseOpenEnds();
-  track.RemoveEmpty();
-  return track.entries.IsEmpty() ? 1 : 0;
+  return FinishReading(track, file, CleanUp::kSortCloseOpenEndsAndRemoveEmpty);
 }
 
 }  // namespace korvalin

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/std_file.h"
+#include "subtitles/readers/text_reader_support.h"
 #include "subtitles/subtitle_file.h"
 #include "text/entity_decoding.h"
 #include "text/markup_text.h"
@@ -100,22 +101,15 @@ int32_t RealTextTimeToMs(const char* value) {
 }
 
 int ReadRealText(SubtitleTrack& track, const char* path) {
-  track.Reset();
   StdFile file;
-  if (!path || OpenSubtitleFile(file, path, "rb") != 0) return -1;
-  track.fileName.Assign(path);
-  track.formatName.Assign("RealText");
+  if (BeginReading(track, file, path, "rb", "RealText") != 0) return -1;
   std::vector<char> bytes;
   if (!ReadWholeFile(file, &bytes)) return -1;
-  file.Close();
   const bool hasBom = std::strncmp(bytes.data(), kUtf8Bom, 3) == 0;
   RealTextHandler handler(track);
   handler.Parse(bytes.data() + (hasBom ? 3 : 0));
   handler.Flush();
-  track.SortByStart();
-  track.CloseOpenEnds();
-  track.RemoveEmpty();
-  return track.entries.IsEmpty() ? 1 : 0;
+  return FinishReading(track, file, CleanUp::kSortCloseOpenEndsAndRemoveEmpty);
 }
 
 }  // namespace korvalin

@@ -6,6 +6,7 @@
 
 #include "base/std_file.h"
 #include "subtitles/line_reader.h"
+#include "subtitles/readers/text_reader_support.h"
 #include "subtitles/subtitle_file.h"
 #include "subtitles/time_scanners.h"
 
@@ -54,11 +55,8 @@ void LimitDurations(SubtitleTrack& track) {
 }  // namespace
 
 int ReadTmPlayer(SubtitleTrack& track, const char* path) {
-  track.Reset();
   StdFile file;
-  if (!path || OpenSubtitleFile(file, path, "rt") != 0) return -1;
-  track.fileName.Assign(path);
-  track.formatName.Assign("TMPlayer");
+  if (BeginReading(track, file, path, "rt", "TMPlayer") != 0) return -1;
   char line[kLineSize];
   while (ReadLine(file, line, kLineSize) == 0) {
     RemoveLineFeed(line);
