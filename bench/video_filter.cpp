@@ -102,7 +102,7 @@ void Transform(benchmark::State& state, int32_t width, int32_t height, GUID subt
   graph->AddFilter(source.Get(), u"Source");
   graph->AddFilter(filter.Get(), u"Korvalin");
   graph->AddFilter(sink.Get(), u"Sink");
-  const bool ready = filter->LoadSubtitles(subs.c_str()) == 0 &&
+  const bool ready = filter->SelectSubtitle(subs.c_str(), nullptr) == S_OK &&
                      graph->ConnectDirect(source->Pin(), filter->GetPin(0), nullptr) == S_OK &&
                      graph->ConnectDirect(filter->GetPin(1), sink->GetPin(0), nullptr) == S_OK &&
                      graph->Pause() == S_OK;

@@ -23,5 +23,8 @@ int RunSubsCommand(Args args);
 int RunTextImageCommand(Args args);
 int RunRenderCommand(Args args);
 int RunDemoCommand(Args args);
+int RunGraphCommand(Args args);
+int RunRegisterCommand(Args args);
+int RunUnregisterCommand(Args args);
 
 }  // namespace korvalin::cli

@@ -26,10 +26,18 @@ constexpr std::string_view kUsage =
     "  subs dump FILE [--lang NAME] [--fps F]\n"
     "  subs find VIDEO [--path SEARCHPATH]\n"
     "  subs at FILE TIME_MS ...\n"
+    "  subs picture FILE INDEX -o OUT.png\n"
     "  text-image TEXT [--style sub|osd] [--width W] -o OUT.png\n"
-    "  render INPUT -o OUTPUT [--subs FILE] [--format yuy2|rgb32|rgb565] [--frames N]\n"
-    "                                   filter a YUV4MPEG2 clip (- for stdin/stdout);\n"
-    "                                   rgb32 and rgb565 write PNG frames into a folder\n"
+    "  render INPUT -o OUTPUT [--subs FILE] [--lang NAME] [--format yuy2|rgb32|rgb565]\n"
+    "         [--frames N] [--audio IN.wav --audio-out OUT.wav]\n"
+    "                                   play a YUV4MPEG2 film through a player's graph\n"
+    "                                   (- for stdin/stdout); rgb32 and rgb565 write PNG\n"
+    "                                   frames into a folder\n"
+    "  graph INPUT [--audio IN.wav] [--format yuy2|rgb32|rgb565]\n"
+    "                                   the filters and connections of that graph\n"
+    "  register [MODULE]                register the filter module (default: the\n"
+    "                                   installed or built libkorvalin.so)\n"
+    "  unregister [MODULE]              remove the module's registration\n"
     "  demo [-o DIR]                    render a built-in clip with subtitles and the\n"
     "                                   clock to DIR/demo.y4m and DIR/demo.png\n"
     "                                   (DIR: ./korvalin-demo)\n"
@@ -48,6 +56,9 @@ constexpr Command kCommands[] = {
     {"text-image", RunTextImageCommand},
     {"render", RunRenderCommand},
     {"demo", RunDemoCommand},
+    {"graph", RunGraphCommand},
+    {"register", RunRegisterCommand},
+    {"unregister", RunUnregisterCommand},
 };
 
 }  // namespace

@@ -15,6 +15,8 @@ struct RenderRequest {
   std::string input;
   std::string output;
   std::string subtitles;
+  std::string language;
+  std::string audioInput, audioOutput;
   PixelFormat format = PixelFormat::YUY2;
   int64_t maxFrames = -1;
 };
@@ -31,13 +33,20 @@ std::optional<std::string> ParseArguments(Args args, RenderRequest& request) {
   bool haveInput = false;
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string_view arg = args[i];
-    const bool takesValue =
-        arg == "-o" || arg == "--subs" || arg == "--format" || arg == "--frames";
+    const bool takesValue = arg == "-o" || arg == "--subs" || arg == "--lang" ||
+                            arg == "--audio" || arg == "--audio-out" || arg == "--format" ||
+                            arg == "--frames";
     if (takesValue && i + 1 >= args.size()) return "option " + std::string(arg) + " needs a value";
     if (arg == "-o") {
       request.output = std::string(args[++i]);
     } else if (arg == "--subs") {
       request.subtitles = std::string(args[++i]);
+    } else if (arg == "--lang") {
+      request.language = std::string(args[++i]);
+    } else if (arg == "--audio") {
+      request.audioInput = std::string(args[++i]);
+    } else if (arg == "--audio-out") {
+      request.audioOutput = std::string(args[++i]);
     } else if (arg == "--format") {
       const std::optional<PixelFormat> format = ParseFormat(args[++i]);
       if (!format) return "--format must be yuy2, rgb32 or rgb565";
@@ -57,6 +66,8 @@ std::optional<std::string> ParseArguments(Args args, RenderRequest& request) {
   }
   if (!haveInput) return "render needs an INPUT (a YUV4MPEG2 file, or - for stdin)";
   if (request.output.empty()) return "render needs -o OUTPUT";
+  if (request.audioInput.empty() != request.audioOutput.empty())
+    return "--audio IN.wav and --audio-out OUT.wav go together";
   if (request.format != PixelFormat::YUY2 && request.output == "-")
     return "rgb32 and rgb565 frames are written as PNG files into a folder, not to stdout";
   return {};
@@ -83,7 +94,11 @@ int RunRenderCommand(Args args) {
   RenderJob job;
   job.input = input.file;
   job.format = request.format;
+  job.inputPath = request.input == "-" ? "" : request.input;
   job.subtitles = request.subtitles;
+  job.language = request.language;
+  job.audioInput = request.audioInput;
+  job.audioOutput = request.audioOutput;
   job.maxFrames = request.maxFrames;
   job.progress = request.output != "-";
 

@@ -69,8 +69,9 @@ bool Y4mFileOutput::Begin(const RenderStart& start) {
   file_ = path_ == "-" ? stdout : std::fopen(path_.c_str(), "wb");
   if (file_ == nullptr) return false;
   writer_ = std::make_unique<Y4mWriter>(file_);
-  return writer_->WriteHeader(start.outputWidth, start.outputHeight, start.input.rateNumerator,
-                              start.input.rateDenominator);
+  return writer_->WriteHeader(start.outputWidth, start.outputHeight,
+                              static_cast<int32_t>(start.rateNumerator),
+                              static_cast<int32_t>(start.rateDenominator));
 }
 
 bool Y4mFileOutput::Write(const SinkFrame& frame) {

@@ -3,9 +3,9 @@
 #include <chrono>
 #include <cstdlib>
 
-#include "filter/video_filter.h"
+#include "filter/filter_settings.h"
 #include "filter/video_format_conversion.h"
-#include "filter/y4m_source.h"
+#include "korvalin/player_graph.h"
 #include "host/filter_graph.h"
 
 namespace korvalin::cli {
@@ -15,18 +15,6 @@ using namespace host;
 namespace {
 
 constexpr int32_t kProgressIntervalMs = 500;
-
-const char* FormatName(PixelFormat format) {
-  switch (format) {
-    case PixelFormat::YUY2:
-      return "yuy2";
-    case PixelFormat::RGB32:
-      return "rgb32";
-    case PixelFormat::RGB565:
-      return "rgb565";
-  }
-  return "?";
-}
 
 class Progress {
  public:
@@ -46,24 +34,32 @@ class Progress {
   std::chrono::steady_clock::time_point begun_;
 };
 
-ComPtr<VideoFilter> MakeFilter(const RenderJob& job) {
-  return job.settings ? MakeCom<VideoFilter>(*job.settings) : MakeCom<VideoFilter>();
+// Shows the subtitle file and language the user named, through the filter's settings
+// interface as the pages do. A language alone reloads the file found for the film.
+std::string SelectSubtitles(const PlayerGraph& player, const RenderJob& job) {
+  if (job.subtitles.empty() && job.language.empty()) return "";
+  const ComPtr<IFilterSettings> filter = QueryAs<IFilterSettings>(player.VideoFilter().Get());
+  if (!filter) return "the filter is not in the graph (its load mode left it out)";
+  std::string file = job.subtitles;
+  if (file.empty()) {
+    char found[4096];
+    filter->GetSubtitleInfo(found, sizeof found, nullptr, 0, nullptr, 0, nullptr);
+    file = found;
+  }
+  if (file.empty()) return "";
+  if (filter->SelectSubtitle(file.c_str(), job.language.c_str()) != S_OK)
+    return std::string(kCannotLoadSubtitles) + " (" + file + ")";
+  return "";
 }
 
-std::string Connect(FilterGraph* graph, Y4mSource* source, VideoFilter* filter, FrameSink* sink,
-                    PixelFormat format) {
-  if (FAILED(graph->AddFilter(source, u"YUV4MPEG2 Source")) ||
-      FAILED(graph->AddFilter(filter, u"Korvalin")) ||
-      FAILED(graph->AddFilter(sink, u"Frame Sink"))) {
-    return "cannot build the filter graph";
-  }
-  if (FAILED(graph->ConnectDirect(source->GetPin(0), filter->GetPin(0), nullptr)))
-    return "the filter does not take this video";
-  if (FAILED(graph->ConnectDirect(filter->GetPin(1), sink->GetPin(0), nullptr))) {
-    return std::string("the filter offers no ") + FormatName(format) +
-           " output with these settings";
-  }
-  return "";
+RenderStart StartOf(const PlayerGraph& player) {
+  RenderStart start;
+  start.input = player.source()->header();
+  const VideoFormat out = ToVideoFormat(player.sink()->GetPin(0)->CurrentMediaType());
+  start.outputWidth = out.biWidth;
+  start.outputHeight = std::abs(out.biHeight);
+  player.OutputFrameRate(&start.rateNumerator, &start.rateDenominator);
+  return start;
 }
 
 // Waits for the end of the stream, showing progress. The completion code.
@@ -78,38 +74,32 @@ int32_t WaitForEnd(FilterGraph* graph, FrameSink* sink, Progress* progress) {
 
 std::string RunRender(const RenderJob& job, const RenderOutput& output, int64_t* frames) {
   *frames = 0;
-  const ComPtr<Y4mSource> source = MakeCom<Y4mSource>(job.input, job.maxFrames);
-  const ComPtr<VideoFilter> filter = MakeFilter(job);
   bool writeFailed = false;
-  const ComPtr<FrameSink> sink = MakeCom<FrameSink>(job.format, [&](const SinkFrame& frame) {
-    if (output.frame(frame)) return true;
-    writeFailed = true;
-    return false;
-  });
-  const ComPtr<FilterGraph> graph = MakeCom<FilterGraph>();
-  if (!source || !filter || !sink || !graph) return "out of memory";
-
-  std::string error = source->Open();
+  PlayerJob playerJob{job.input, job.inputPath, job.maxFrames, job.format,
+                      [&](const SinkFrame& frame) {
+                        if (output.frame(frame)) return true;
+                        writeFailed = true;
+                        return false;
+                      },
+                      job.audioInput, job.audioOutput, job.settings};
+  PlayerGraph player;
+  std::string error = player.Build(playerJob);
+  if (error.empty()) error = SelectSubtitles(player, job);
   if (!error.empty()) return error;
-  if (!job.subtitles.empty() && filter->LoadSubtitles(job.subtitles.c_str()) != 0)
-    return "cannot load subtitle file " + job.subtitles;
-  error = Connect(graph.Get(), source.Get(), filter.Get(), sink.Get(), job.format);
-  if (!error.empty()) return error;
+  if (!output.begin(StartOf(player))) return "cannot write the output";
 
-  const VideoFormat out = ToVideoFormat(filter->OutputPin()->CurrentMediaType());
-  if (!output.begin({source->header(), out.biWidth, std::abs(out.biHeight)}))
-    return "cannot write the output";
-
+  FilterGraph* graph = player.graph();
   Progress progress(job.progress);
   graph->SetSyncSource(nullptr);  // as fast as the frames come
   if (FAILED(graph->Run())) return "the filter graph does not run";
-  const int32_t code = WaitForEnd(graph.Get(), sink.Get(), &progress);
+  const int32_t code = WaitForEnd(graph, player.sink(), &progress);
   graph->Stop();
-  *frames = sink->FramesReceived();
+  *frames = player.sink()->FramesReceived();
   progress.Show(*frames, true);
 
   if (writeFailed) return "cannot write the output";
-  if (!source->StreamError().empty()) return source->StreamError();
+  if (!player.source()->StreamError().empty()) return player.source()->StreamError();
+  if (!player.AudioError().empty()) return player.AudioError();
   if (code != EC_COMPLETE) return "the stream was aborted";
   return "";
 }

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -89,7 +90,10 @@ int Find(Args args) {
   const Settings settings;
   const std::string searchPath = parsed.path ? *parsed.path : settings.Sub.SubPath.str();
   OwningPtrArray<DynString> files;
-  FindSubtitleFiles(files, searchPath.c_str(), parsed.positional[0].c_str());
+  // A player knows its film by a full path; a relative one would leave "." unresolved.
+  std::error_code ignored;
+  const std::string video = std::filesystem::absolute(parsed.positional[0], ignored).string();
+  FindSubtitleFiles(files, searchPath.c_str(), video.c_str());
   for (const DynString* file : files) std::cout << file->c_str() << '\n';
   return kExitOk;
 }

@@ -9,7 +9,6 @@
 #include "filter/video_format_conversion.h"
 #include "host/media_guids.h"
 #include "host/pin_helpers.h"
-#include "subtitles/subtitle_loader.h"
 
 namespace korvalin {
 
@@ -26,16 +25,33 @@ VideoFilter::VideoFilter() : VideoFilter(Settings()) {}
 
 VideoFilter::VideoFilter(const Settings& stored, ClockOverlay::TimeSource timeSource)
     : TransformFilter(CLSID_VideoFilter),
-      settings(stored),
-      track(std::make_unique<TextRenderer>(kSubtitleSurfaceWidth, kSubtitleSurfaceHeight)),
-      clock(timeSource ? std::move(timeSource) : ClockOverlay::TimeSource(LocalTimeOfDay)) {
+      settings_(stored),
+      track_(std::make_unique<TextRenderer>(kSubtitleSurfaceWidth, kSubtitleSurfaceHeight)),
+      clock_(timeSource ? std::move(timeSource) : ClockOverlay::TimeSource(LocalTimeOfDay)) {
+  if (settings_.FPSConv != 0) rateClock_ = MakeCom<RateClock>();
   ApplyStyles();
 }
 
-VideoFilter::~VideoFilter() = default;
+VideoFilter::~VideoFilter() { StopTray(); }
+
+HRESULT VideoFilter::NonDelegatingQueryInterface(const IID& iid, void** out) {
+  if (!out) return E_POINTER;
+  if (iid == IID_IFilterSettings) {
+    if (Graph() == nullptr) {
+      *out = nullptr;
+      return E_NOINTERFACE;
+    }
+    return GetInterface(static_cast<IFilterSettings*>(this), out);
+  }
+  if (iid == IID_ISpecifyPropertyPages) {
+    return GetInterface(static_cast<ISpecifyPropertyPages*>(this), out);
+  }
+  if (iid == IID_IReferenceClock && rateClock_) return rateClock_->QueryInterface(iid, out);
+  return TransformFilter::NonDelegatingQueryInterface(iid, out);
+}
 
 TextRenderer& VideoFilter::SubtitleImage() {
-  return *static_cast<TextRenderer*>(track.renderer());
+  return *static_cast<TextRenderer*>(track_.renderer());
 }
 
 BasePin* VideoFilter::GetPin(int index) {
@@ -49,29 +65,26 @@ VideoInputPin* VideoFilter::VideoInput() {
 }
 
 void VideoFilter::ApplyStyles() {
-  std::lock_guard lock(frameLock);
-  track.currentIndex = -1;
-  ApplyFontStyle(SubtitleImage(), settings.Sub.style, settings.TV);
-  ApplyFontStyle(clock.renderer, settings.OSD.style, settings.TV);
-  clock.SetModes(settings.OSD.OSDVideoTime, settings.OSD.OSDWorldTime);
+  std::lock_guard lock(frameLock_);
+  track_.currentIndex = -1;
+  ApplyFontStyle(SubtitleImage(), settings_.Sub.style, settings_.TV);
+  ApplyFontStyle(clock_.renderer, settings_.OSD.style, settings_.TV);
+  clock_.SetModes(settings_.OSD.OSDVideoTime, settings_.OSD.OSDWorldTime);
 }
 
-int VideoFilter::LoadSubtitles(const char* path) {
-  std::lock_guard lock(frameLock);
-  borderRefresh = kBorderRefreshFrames;
-  const int result = LoadSubtitleFile(track, path);
-  if (result == 0 && detectedFrameDuration > 0) {
-    track.ConvertFramesToMs(10000000.0f / static_cast<float>(detectedFrameDuration));
-  }
-  return result == 0 ? 0 : -1;
+FrameStateView VideoFilter::FrameState() {
+  std::lock_guard lock(frameLock_);
+  return {borderRefresh_,      lastSubtitleState_,       lastClockState_,
+          frameDuration_,      detectedFrameDuration_,   durationMs_,
+          sourceFileName_.c_str(), track_.entries.Count()};
 }
 
 HRESULT VideoFilter::CheckInputType(const AM_MEDIA_TYPE& type) {
-  return korvalin::CheckInputType(type, settings.Overlay != 0);
+  return korvalin::CheckInputType(type, settings_.Overlay != 0);
 }
 
 HRESULT VideoFilter::CheckTransform(const AM_MEDIA_TYPE& in, const AM_MEDIA_TYPE& out) {
-  return korvalin::CheckTransform(in, out, settings.Overlay != 0);
+  return korvalin::CheckTransform(in, out, settings_.Overlay != 0);
 }
 
 HRESULT VideoFilter::DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) {
@@ -87,12 +100,12 @@ HRESULT VideoFilter::DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPER
 }
 
 bool VideoFilter::OverlaysShown() const {
-  return !track.entries.IsEmpty() || clock.videoTimeMode != 0 || clock.worldTime != 0;
+  return !track_.entries.IsEmpty() || clock_.videoTimeMode != 0 || clock_.worldTime != 0;
 }
 
 void VideoFilter::UpdateSourceAspect() {
-  sourceAspect = 0;
-  if (!settings.Overlay || settings.AspectComp != 0) return;
+  sourceAspect_ = 0;
+  if (!settings_.Overlay || settings_.AspectComp != 0) return;
   auto aspectOf = [](const AM_MEDIA_TYPE& type) {
     const VideoFormat f = ToVideoFormat(type);
     return SourceAspectFromFormat(f.biWidth, f.biHeight, f.dwPictAspectRatioX,
@@ -100,7 +113,7 @@ void VideoFilter::UpdateSourceAspect() {
   };
   const AM_MEDIA_TYPE& connection = InputPin()->CurrentMediaType();
   if (connection.formattype == FORMAT_VideoInfo2) {
-    sourceAspect = aspectOf(connection);
+    sourceAspect_ = aspectOf(connection);
     return;
   }
   ComPtr<IEnumMediaTypes> types;
@@ -111,9 +124,9 @@ void VideoFilter::UpdateSourceAspect() {
   }
   MediaTypePtr type;
   uint32_t fetched = 0;
-  while (sourceAspect == 0 && types->Next(1, &type, &fetched) == S_OK && fetched == 1) {
+  while (sourceAspect_ == 0 && types->Next(1, &type, &fetched) == S_OK && fetched == 1) {
     if (type && type->formattype == FORMAT_VideoInfo2 && type->subtype == MEDIASUBTYPE_YUY2)
-      sourceAspect = aspectOf(*type);
+      sourceAspect_ = aspectOf(*type);
   }
 }
 
@@ -123,46 +136,16 @@ HRESULT VideoFilter::GetMediaType(int position, AM_MEDIA_TYPE* type) {
   // No frame lock: the upstream pin is asked for its types, and host locks are never taken
   // inside it. The fields read here change only while the filter is stopped.
   UpdateSourceAspect();
-  const PictureGeometry geometry(settings, sourceAspect, OverlaysShown());
-  return OfferOutputType(position, InputPin()->CurrentMediaType(), geometry, settings.Overlay != 0,
+  const PictureGeometry geometry(settings_, sourceAspect_, OverlaysShown());
+  return OfferOutputType(position, InputPin()->CurrentMediaType(), geometry, settings_.Overlay != 0,
                          type);
-}
-
-// Outside the frame lock: the graph's duration is asked under the graph's own lock.
-int32_t VideoFilter::MediaDurationMs() {
-  const ComPtr<IMediaPosition> position = QueryAs<IMediaPosition>(Graph());
-  double seconds = 0;
-  if (!position || FAILED(position->get_Duration(&seconds))) return 0;
-  return static_cast<int32_t>(seconds * 1000 + 0.5);
-}
-
-void VideoFilter::ReadConnectionTimes(int32_t mediaDurationMs) {
-  const VideoFormat format = ToVideoFormat(InputPin()->CurrentMediaType());
-  frameDuration = static_cast<int32_t>(format.AvgTimePerFrame & 0xFFFFFFFF);
-  detectedFrameDuration = frameDuration;
-  if (frameDuration > 0) track.ConvertFramesToMs(10000000.0f / static_cast<float>(frameDuration));
-  durationMs = mediaDurationMs;
-}
-
-HRESULT VideoFilter::CompleteConnect(PIN_DIRECTION direction, IPin* pin) {
-  {
-    std::lock_guard lock(frameLock);
-    borderRefresh = kBorderRefreshFrames;
-    lastSubtitleState = lastClockState = -1;
-  }
-  const HRESULT hr = TransformFilter::CompleteConnect(direction, pin);
-  if (FAILED(hr) || direction != PINDIR_INPUT) return hr;
-  const int32_t mediaDurationMs = MediaDurationMs();
-  std::lock_guard lock(frameLock);
-  ReadConnectionTimes(mediaDurationMs);
-  return hr;
 }
 
 HRESULT VideoFilter::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
   {
-    std::lock_guard lock(frameLock);
-    segmentStart = start;
-    borderRefresh = kBorderRefreshFrames;
+    std::lock_guard lock(frameLock_);
+    segmentStart_ = start;
+    borderRefresh_ = kBorderRefreshFrames;
   }
   return TransformFilter::NewSegment(start, stop, rate);
 }

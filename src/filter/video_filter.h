@@ -2,9 +2,13 @@
 
 #include <cstdint>
 #include <mutex>
+#include <string>
 
 #include "base/dyn_string.h"
+#include "filter/filter_settings.h"
 #include "filter/video_input_pin.h"
+#include "framerate/rate_clock.h"
+#include "host/property_page_interfaces.h"
 #include "host/transform_filter.h"
 #include "render/clock_overlay.h"
 #include "render/text_renderer.h"
@@ -18,9 +22,28 @@ namespace korvalin {
 inline constexpr host::CLSID CLSID_VideoFilter =
     host::MakeGuid("9D2935C7-3D8B-4EF6-B0D1-C14064698794");
 
+// A copy of the filter's frame state, for tests and diagnostics.
+struct FrameStateView {
+  int32_t borderRefresh = 0;
+  int32_t lastSubtitleState = -1;
+  int32_t lastClockState = -1;
+  int32_t frameDuration = 0;
+  int32_t detectedFrameDuration = 0;
+  int32_t durationMs = 0;
+  std::string sourceFileName;
+  std::size_t subtitleEntries = 0;
+};
+
 // The video filter: frames the YUY2 picture for a TV (borders, cuts, bands, flips, shift),
-// converts it to RGB when the renderer asks, and draws subtitles and the clock over it.
-class VideoFilter : public host::TransformFilter {
+// converts it to RGB when the renderer asks, and draws subtitles and the clock over it. In a
+// graph it finds its film's subtitles, decides by its load mode whether it stays, and offers
+// a faster clock for films it plays at 25 fps.
+//
+// Its state is private and guarded by the frame lock; the user interface reaches it only
+// through IFilterSettings.
+class VideoFilter : public host::TransformFilter,
+                    public IFilterSettings,
+                    public host::ISpecifyPropertyPages {
  public:
   // Border rewrites after every change that can leave stale pixels in the borders.
   static constexpr int32_t kBorderRefreshFrames = 3;
@@ -31,6 +54,9 @@ class VideoFilter : public host::TransformFilter {
   explicit VideoFilter(const Settings& settings, ClockOverlay::TimeSource timeSource = {});
   ~VideoFilter() override;
 
+  host::HRESULT NonDelegatingQueryInterface(const host::IID& iid, void** out) override;
+
+  // The transform (video_filter_transform.cpp, media types in video_filter.cpp).
   host::BasePin* GetPin(int index) override;
   host::HRESULT Transform(host::IMediaSample* in, host::IMediaSample* out) override;
   host::HRESULT CheckInputType(const host::AM_MEDIA_TYPE& type) override;
@@ -39,34 +65,37 @@ class VideoFilter : public host::TransformFilter {
   host::HRESULT DecideBufferSize(host::IMemAllocator* allocator,
                                  host::ALLOCATOR_PROPERTIES* request) override;
   host::HRESULT GetMediaType(int position, host::AM_MEDIA_TYPE* type) override;
-  host::HRESULT CompleteConnect(host::PIN_DIRECTION direction, host::IPin* pin) override;
   host::HRESULT NewSegment(host::REFERENCE_TIME start, host::REFERENCE_TIME stop,
                            double rate) override;
+
+  // Life in a graph (video_filter_graph.cpp).
+  host::HRESULT CompleteConnect(host::PIN_DIRECTION direction, host::IPin* pin) override;
+  host::HRESULT JoinFilterGraph(host::IFilterGraph* graph, std::u16string_view name) override;
+  host::HRESULT SetSyncSource(host::IReferenceClock* clock) override;
+  host::HRESULT GetPages(host::CAUUID* pages) override;
+  // Whether the filter has work to do in load mode "Only if necessary" (always in "Always"
+  // and "Force").
+  bool IsNeeded();
+  // In "Force", splices the unused filter in front of the "Overlay Mixer".
+  void InsertBeforeMixer();
+  // The clock's rate from the frame duration; true when the film plays faster.
+  bool UpdateClockRate();
+
+  // IFilterSettings (video_filter_settings.cpp).
+  host::HRESULT SetSettings(const Settings* settings) override;
+  host::HRESULT GetSubtitleInfo(char* file, std::size_t fileSize, char* format,
+                                std::size_t formatSize, char* languages,
+                                std::size_t languagesSize, int32_t* index) override;
+  host::HRESULT SelectSubtitle(const char* file, const char* language) override;
+  host::HRESULT GetFrameDurations(int32_t* current, int32_t* detected) override;
+  host::HRESULT FindSubtitleFiles(OwningPtrArray<DynString>* files) override;
 
   // Restyles the subtitle and clock renderers from the settings and makes the next frame
   // draw its subtitle anew.
   void ApplyStyles();
-  // Loads a subtitle file into the track: 0, or -1 when no reader takes it (the track is
-  // then empty).
-  int LoadSubtitles(const char* path);
 
+  FrameStateView FrameState();
   VideoInputPin* VideoInput();
-  std::recursive_mutex& FrameLock() { return frameLock; }
-
-  // Guarded by frameLock while the filter runs.
-  Settings settings;
-  int32_t borderRefresh = kBorderRefreshFrames;
-  int32_t lastSubtitleState = -1;
-  int32_t lastClockState = -1;
-  SubtitleTrack track;
-  ClockOverlay clock;
-  DynString sourceFileName;
-  int32_t frameDuration = 0;
-  int32_t detectedFrameDuration = 0;
-  float sourceAspect = 0;
-  int32_t durationMs = 0;
-  host::REFERENCE_TIME segmentStart = 0;
-  const ColorTables colorTables;
 
  private:
   TextRenderer& SubtitleImage();
@@ -74,6 +103,8 @@ class VideoFilter : public host::TransformFilter {
   void UpdateSourceAspect();
   int32_t MediaDurationMs();
   void ReadConnectionTimes(int32_t mediaDurationMs);
+  void AutoLoadSubtitles();
+  void StopTray();
   // The steps of Transform. AdoptInputType answers false when the frame ends there with
   // `*result` (a refused type drops it).
   bool AdoptInputType(host::IMediaSample* in, host::HRESULT* result);
@@ -83,9 +114,24 @@ class VideoFilter : public host::TransformFilter {
   void DrawPicture(host::IMediaSample* in, host::IMediaSample* out, const FrameGeometry& g,
                    int32_t subtitleState, int32_t clockState);
 
-  // Re-entrant: guards the settings copy, track, clock and frame state; always taken inside
-  // the host's own locks.
-  std::recursive_mutex frameLock;
+  // Re-entrant: guards everything below; always taken inside the host's own locks.
+  std::recursive_mutex frameLock_;
+  Settings settings_;
+  int32_t borderRefresh_ = kBorderRefreshFrames;
+  int32_t lastSubtitleState_ = -1;
+  int32_t lastClockState_ = -1;
+  SubtitleTrack track_;
+  ClockOverlay clock_;
+  DynString sourceFileName_;
+  int32_t frameDuration_ = 0;
+  int32_t detectedFrameDuration_ = 0;
+  float sourceAspect_ = 0;
+  int32_t durationMs_ = 0;
+  host::REFERENCE_TIME segmentStart_ = 0;
+  const ColorTables colorTables_;
+  // Made when the filter converts frame rates; handed out as its IReferenceClock.
+  host::ComPtr<RateClock> rateClock_;
+  bool trayStarted_ = false;
 };
 
 // The change rule: an overlay image that is new, comes on screen or leaves it restarts

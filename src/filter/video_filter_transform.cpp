@@ -43,7 +43,7 @@ bool VideoFilter::AdoptInputType(IMediaSample* in, HRESULT* result) {
   MediaTypePtr type;
   VideoInputPin* input = VideoInput();
   if (in->GetMediaType(&type) == S_OK && type && !type->format.empty()) {
-    if (korvalin::CheckInputType(*type, settings.Overlay != 0) != S_OK) {
+    if (korvalin::CheckInputType(*type, settings_.Overlay != 0) != S_OK) {
       *result = S_FALSE;
       return false;
     }
@@ -62,7 +62,7 @@ void VideoFilter::AdoptOutputType(IMediaSample* out) {
   MediaTypePtr type;
   if (out->GetMediaType(&type) == S_OK && type && !type->format.empty()) {
     OutputPin()->CurrentMediaType() = *type;
-    borderRefresh = kBorderRefreshFrames;
+    borderRefresh_ = kBorderRefreshFrames;
   }
 }
 
@@ -72,21 +72,21 @@ void VideoFilter::UpdateOverlays(IMediaSample* in, IMediaSample* out, const Fram
   if (in->GetTime(&start, &stop) != S_OK) return;
   out->SetTime(&start, &stop);
   const REFERENCE_TIME length = stop - start;
-  if (frameDuration <= 0) {
-    detectedFrameDuration = static_cast<int32_t>(static_cast<uint32_t>(length & 0xFFFFFFFF));
-    if (length > 0) track.ConvertFramesToMs(10000000.0f / static_cast<float>(length));
+  if (frameDuration_ <= 0) {
+    detectedFrameDuration_ = static_cast<int32_t>(static_cast<uint32_t>(length & 0xFFFFFFFF));
+    if (length > 0) track_.ConvertFramesToMs(10000000.0f / static_cast<float>(length));
   }
-  const int32_t t1 = static_cast<int32_t>((start + segmentStart) / kTicksPerMs);
-  const int32_t t2 = static_cast<int32_t>((stop + segmentStart) / kTicksPerMs);
+  const int32_t t1 = static_cast<int32_t>((start + segmentStart_) / kTicksPerMs);
+  const int32_t t2 = static_cast<int32_t>((stop + segmentStart_) / kTicksPerMs);
   *subtitleState =
-      track.UpdateForFrame(settings.SubtitleTime(t1), settings.SubtitleTime(t2), g.copyWidth);
-  clock.durationMs = durationMs;
-  *clockState = clock.UpdateClock(t1, t2, g.copyWidth);
-  if (OverlayChangeNeedsRefresh(*subtitleState, lastSubtitleState))
-    borderRefresh = kBorderRefreshFrames;
-  lastSubtitleState = *subtitleState;
-  if (OverlayChangeNeedsRefresh(*clockState, lastClockState)) borderRefresh = kBorderRefreshFrames;
-  lastClockState = *clockState;
+      track_.UpdateForFrame(settings_.SubtitleTime(t1), settings_.SubtitleTime(t2), g.copyWidth);
+  clock_.durationMs = durationMs_;
+  *clockState = clock_.UpdateClock(t1, t2, g.copyWidth);
+  if (OverlayChangeNeedsRefresh(*subtitleState, lastSubtitleState_))
+    borderRefresh_ = kBorderRefreshFrames;
+  lastSubtitleState_ = *subtitleState;
+  if (OverlayChangeNeedsRefresh(*clockState, lastClockState_)) borderRefresh_ = kBorderRefreshFrames;
+  lastClockState_ = *clockState;
 }
 
 void VideoFilter::DrawPicture(IMediaSample* in, IMediaSample* out, const FrameGeometry& g,
@@ -103,31 +103,31 @@ void VideoFilter::DrawPicture(IMediaSample* in, IMediaSample* out, const FrameGe
 
   const InputFrame inputFrame{inBytes.data(), inBytes.size(), &inFormat};
   const OutputFrame outputFrame{outBytes.data(), outBytes.size(), &outFormat, pixels};
-  if (WriteFrame(inputFrame, outputFrame, g, settings.Flip, borderRefresh, colorTables) != 0)
+  if (WriteFrame(inputFrame, outputFrame, g, settings_.Flip, borderRefresh_, colorTables_) != 0)
     return;
   out->SetActualDataLength(static_cast<int32_t>(needed));
 
   const OverlayTarget target{
-      .input = {inBytes, &inFormat, (settings.Flip & kFlipInput) != 0},
-      .output = {outBytes, &outFormat, (settings.Flip & kFlipOutput) != 0},
+      .input = {inBytes, &inFormat, (settings_.Flip & kFlipInput) != 0},
+      .output = {outBytes, &outFormat, (settings_.Flip & kFlipOutput) != 0},
       .outputSubtype = pixels,
       .drawingWidth = g.copyWidth,
       .leftBorder = g.leftBorder,
       .inputLeft = g.inputLeft,
       .pictureTop = g.pictureTop,
-      .borderRefresh = borderRefresh,
+      .borderRefresh = borderRefresh_,
   };
   if (subtitleState >= 0) {
-    BlendOverlay(SubtitleImage(), settings.Sub.style.XPos, settings.Sub.style.YPos, target);
+    BlendOverlay(SubtitleImage(), settings_.Sub.style.XPos, settings_.Sub.style.YPos, target);
   }
   if (clockState >= 0) {
-    BlendOverlay(clock.renderer, settings.OSD.style.XPos, settings.OSD.style.YPos, target);
+    BlendOverlay(clock_.renderer, settings_.OSD.style.XPos, settings_.OSD.style.YPos, target);
   }
 }
 
 HRESULT VideoFilter::Transform(IMediaSample* in, IMediaSample* out) {
   if (in == nullptr || out == nullptr) return E_POINTER;
-  std::lock_guard lock(frameLock);
+  std::lock_guard lock(frameLock_);
   if (in->IsPreroll() == S_OK) return S_FALSE;
   HRESULT result = S_OK;
   if (!AdoptInputType(in, &result)) return result;
@@ -136,7 +136,7 @@ HRESULT VideoFilter::Transform(IMediaSample* in, IMediaSample* out) {
   const VideoFormat inFormat = ToVideoFormat(InputPin()->CurrentMediaType());
   const VideoFormat outFormat = ToVideoFormat(OutputPin()->CurrentMediaType());
   const FrameGeometry g =
-      PictureGeometry(settings, sourceAspect, false)
+      PictureGeometry(settings_, sourceAspect_, false)
           .ForFrame(inFormat.biWidth, inFormat.biHeight, outFormat.biWidth, outFormat.biHeight);
   if (!g.Drawable()) return S_OK;
 
@@ -147,7 +147,7 @@ HRESULT VideoFilter::Transform(IMediaSample* in, IMediaSample* out) {
   int64_t mediaStart = 0, mediaEnd = 0;
   if (in->GetMediaTime(&mediaStart, &mediaEnd) == S_OK) out->SetMediaTime(&mediaStart, &mediaEnd);
   if (!CopyFlags(in, out)) return S_FALSE;
-  if (settings.Economic != 0 && borderRefresh > 0) --borderRefresh;
+  if (settings_.Economic != 0 && borderRefresh_ > 0) --borderRefresh_;
   return S_OK;
 }
 

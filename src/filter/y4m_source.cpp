@@ -6,6 +6,7 @@
 #include "filter/video_format_conversion.h"
 #include "filter/yuy2_media_type.h"
 #include "host/media_guids.h"
+#include "host/wide_text.h"
 #include "video/frame_row.h"
 
 namespace korvalin {
@@ -90,8 +91,11 @@ class Y4mStream : public SourceStream {
   std::vector<uint8_t> frame_;
 };
 
-Y4mSource::Y4mSource(std::FILE* file, int64_t maxFrames)
-    : SourceFilter(CLSID_Y4mSource), reader_(file), maxFrames_(maxFrames) {
+Y4mSource::Y4mSource(std::FILE* file, int64_t maxFrames, std::string fileName)
+    : SourceFilter(CLSID_Y4mSource),
+      reader_(file),
+      maxFrames_(maxFrames),
+      fileName_(std::move(fileName)) {
   AddStream(std::make_unique<Y4mStream>(this));
 }
 
@@ -104,6 +108,8 @@ std::string Y4mSource::Open() {
 HRESULT Y4mSource::NonDelegatingQueryInterface(const IID& iid, void** out) {
   if (out && iid == IID_IMediaPosition)
     return GetInterface(static_cast<IMediaPosition*>(this), out);
+  if (out && iid == IID_IFileSourceFilter && !fileName_.empty())
+    return GetInterface(static_cast<IFileSourceFilter*>(this), out);
   return SourceFilter::NonDelegatingQueryInterface(iid, out);
 }
 
@@ -124,6 +130,22 @@ std::string Y4mSource::StreamError() {
 int64_t Y4mSource::FramesSent() {
   std::lock_guard lock(stateLock_);
   return framesSent_;
+}
+
+}  // namespace korvalin
+
+namespace korvalin {
+
+host::HRESULT Y4mSource::Load(std::u16string_view, const host::AM_MEDIA_TYPE*) {
+  return host::E_UNEXPECTED;
+}
+
+host::HRESULT Y4mSource::GetCurFile(std::u16string* fileName, host::AM_MEDIA_TYPE* type) {
+  if (fileName == nullptr) return host::E_POINTER;
+  *fileName = host::Widen(fileName_);
+  if (type != nullptr) *type = Yuy2VideoType(header().width, header().height,
+                                             header().FrameDuration());
+  return host::S_OK;
 }
 
 }  // namespace korvalin

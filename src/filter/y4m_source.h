@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "filter/y4m_stream.h"
+#include "host/filter_interfaces.h"
 #include "host/source_filter.h"
 
 namespace korvalin {
@@ -19,15 +20,24 @@ inline constexpr host::CLSID CLSID_Y4mSource =
 // downstream pin asks for through a type attached to a buffer.
 //
 // A seekable file tells the graph its length, so the clock can count the time remaining.
-class Y4mSource : public host::SourceFilter, public host::IMediaPosition {
+//
+// Given the name of the file it reads, it answers IFileSourceFilter with it, so filters
+// downstream can find what belongs to the film (its subtitles).
+class Y4mSource : public host::SourceFilter,
+                  public host::IMediaPosition,
+                  public host::IFileSourceFilter {
  public:
   // Reads from `file`, which stays the caller's; stops after `maxFrames` (< 0: all).
-  Y4mSource(std::FILE* file, int64_t maxFrames);
+  // `fileName` is the file's path, "" for a stream without one (a pipe).
+  Y4mSource(std::FILE* file, int64_t maxFrames, std::string fileName = {});
   // Reads the stream header: "" on success, else the error.
   std::string Open();
   host::HRESULT NonDelegatingQueryInterface(const host::IID& iid, void** out) override;
   // E_NOTIMPL when the stream cannot tell (a pipe).
   host::HRESULT get_Duration(double* seconds) override;
+  // The stream is opened by its owner: Load is refused.
+  host::HRESULT Load(std::u16string_view fileName, const host::AM_MEDIA_TYPE* type) override;
+  host::HRESULT GetCurFile(std::u16string* fileName, host::AM_MEDIA_TYPE* type) override;
   const Y4mHeader& header() const { return reader_.header(); }
   // The error that ended the stream early, "" when it ended cleanly.
   std::string StreamError();
@@ -37,6 +47,7 @@ class Y4mSource : public host::SourceFilter, public host::IMediaPosition {
   friend class Y4mStream;
   Y4mReader reader_;
   int64_t maxFrames_;
+  std::string fileName_;
   int64_t frameCount_ = -1;
   std::mutex stateLock_;
   std::string streamError_;

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "host/class_registration.h"
 #include "host/media_type.h"
+#include "host/module_loader.h"
 
 namespace korvalin::host {
 namespace {
@@ -15,10 +17,34 @@ bool PinTakes(const REGFILTERPINS& pin, const AM_MEDIA_TYPE& type) {
   });
 }
 
+bool Accepts(uint32_t merit, const std::vector<REGFILTERPINS>& pins,
+             const std::vector<AM_MEDIA_TYPE>& types) {
+  if (merit <= MERIT_DO_NOT_USE) return false;
+  return std::any_of(pins.begin(), pins.end(), [&](const REGFILTERPINS& pin) {
+    return std::any_of(types.begin(), types.end(),
+                       [&](const AM_MEDIA_TYPE& type) { return PinTakes(pin, type); });
+  });
+}
+
+// A store's filter as the graph builder uses it: created through its module.
+FactoryTemplate FromModule(StoredFilter stored) {
+  FactoryTemplate entry;
+  entry.name = std::move(stored.data.name);
+  entry.clsid = stored.data.clsid;
+  entry.create = [module = std::move(stored.modulePath), clsid = entry.clsid](
+                     IUnknown* outer, const IID& iid, void** out) {
+    return CreateFromModule(module, clsid, outer, iid, out);
+  };
+  entry.isFilter = true;
+  entry.merit = stored.data.merit;
+  entry.pins = std::move(stored.data.pins);
+  return entry;
+}
+
 }  // namespace
 
 FilterRegistry& FilterRegistry::Process() {
-  static FilterRegistry registry;
+  static FilterRegistry registry([] { return &platform::RegistryStore::Process(); });
   return registry;
 }
 
@@ -35,18 +61,27 @@ HRESULT FilterRegistry::Unregister(const CLSID& clsid) {
              : S_FALSE;
 }
 
+bool FilterRegistry::InProcess(const CLSID& clsid) const {
+  std::lock_guard lock(lock_);
+  return std::any_of(entries_.begin(), entries_.end(),
+                     [&](const FactoryTemplate& e) { return e.clsid == clsid; });
+}
+
 HRESULT FilterRegistry::CreateInstance(const CLSID& clsid, IUnknown* outer, const IID& iid,
                                        void** out) const {
   if (!out) return E_POINTER;
   *out = nullptr;
-  std::function<HRESULT(IUnknown*, const IID&, void**)> create;
+  FactoryTemplate::CreateFunction create;
   {
     std::lock_guard lock(lock_);
     for (const FactoryTemplate& entry : entries_) {
       if (entry.clsid == clsid) create = entry.create;
     }
   }
-  return create ? create(outer, iid, out) : REGDB_E_CLASSNOTREG;
+  if (create) return create(outer, iid, out);
+  platform::RegistryStore* store = store_ ? store_() : nullptr;
+  const std::string module = store ? StoredModulePath(*store, clsid) : std::string();
+  return module.empty() ? REGDB_E_CLASSNOTREG : CreateFromModule(module, clsid, outer, iid, out);
 }
 
 std::vector<FactoryTemplate> FilterRegistry::FiltersAccepting(
@@ -55,14 +90,16 @@ std::vector<FactoryTemplate> FilterRegistry::FiltersAccepting(
   {
     std::lock_guard lock(lock_);
     for (const FactoryTemplate& entry : entries_) {
-      if (!entry.isFilter || entry.merit <= MERIT_DO_NOT_USE) continue;
-      const bool takes = std::any_of(entry.pins.begin(), entry.pins.end(), [&](const auto& pin) {
-        return std::any_of(types.begin(), types.end(),
-                           [&](const AM_MEDIA_TYPE& type) { return PinTakes(pin, type); });
-      });
-      if (takes) found.push_back(entry);
+      if (entry.isFilter && Accepts(entry.merit, entry.pins, types)) found.push_back(entry);
     }
   }
+  if (platform::RegistryStore* store = store_ ? store_() : nullptr) {
+    for (StoredFilter& filter : ReadStoredFilters(*store)) {
+      if (Accepts(filter.data.merit, filter.data.pins, types) && !InProcess(filter.data.clsid))
+        found.push_back(FromModule(std::move(filter)));
+    }
+  }
+  // Stable: among equal merits the in-process filters stay ahead of the store's.
   std::stable_sort(found.begin(), found.end(),
                    [](const auto& a, const auto& b) { return a.merit > b.merit; });
   return found;

@@ -25,37 +25,52 @@ inline constexpr GUID GUID_NULL{};
 
 namespace guid_detail {
 
-constexpr uint32_t HexDigit(char c) {
-  if (c >= '0' && c <= '9') return static_cast<uint32_t>(c - '0');
-  if (c >= 'a' && c <= 'f') return static_cast<uint32_t>(c - 'a' + 10);
-  if (c >= 'A' && c <= 'F') return static_cast<uint32_t>(c - 'A' + 10);
-  throw "not a hexadecimal digit";  // fails constant evaluation
+constexpr int HexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
 }
 
-constexpr uint32_t Hex(std::string_view text, std::size_t at, std::size_t digits) {
-  uint32_t value = 0;
-  for (std::size_t i = 0; i < digits; ++i) value = value * 16 + HexDigit(text.at(at + i));
+// The value of `digits` hex digits at text[at]; -1 when one is no hex digit.
+constexpr int64_t Hex(std::string_view text, std::size_t at, std::size_t digits) {
+  int64_t value = 0;
+  for (std::size_t i = 0; i < digits; ++i) {
+    const int digit = HexDigit(text[at + i]);
+    if (digit < 0) return -1;
+    value = value * 16 + digit;
+  }
   return value;
 }
 
 }  // namespace guid_detail
 
-// "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX", with or without braces.
-consteval GUID MakeGuid(std::string_view text) {
-  if (text.size() == 38) text = text.substr(1, 36);
+// Reads "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX", with or without braces, hex digits in either
+// case; false when the text is anything else.
+constexpr bool ParseGuid(std::string_view text, GUID* guid) {
+  if (text.size() == 38 && text.front() == '{' && text.back() == '}') text = text.substr(1, 36);
   if (text.size() != 36 || text[8] != '-' || text[13] != '-' || text[18] != '-' ||
       text[23] != '-') {
-    throw "malformed GUID";
+    return false;
   }
   using guid_detail::Hex;
+  const int64_t parts[] = {Hex(text, 0, 8),  Hex(text, 9, 4),  Hex(text, 14, 4), Hex(text, 19, 2),
+                           Hex(text, 21, 2), Hex(text, 24, 2), Hex(text, 26, 2), Hex(text, 28, 2),
+                           Hex(text, 30, 2), Hex(text, 32, 2), Hex(text, 34, 2)};
+  for (const int64_t part : parts) {
+    if (part < 0) return false;
+  }
+  guid->Data1 = static_cast<uint32_t>(parts[0]);
+  guid->Data2 = static_cast<uint16_t>(parts[1]);
+  guid->Data3 = static_cast<uint16_t>(parts[2]);
+  for (std::size_t i = 0; i < 8; ++i) guid->Data4[i] = static_cast<uint8_t>(parts[3 + i]);
+  return true;
+}
+
+// The same, checked at compile time.
+consteval GUID MakeGuid(std::string_view text) {
   GUID guid;
-  guid.Data1 = Hex(text, 0, 8);
-  guid.Data2 = static_cast<uint16_t>(Hex(text, 9, 4));
-  guid.Data3 = static_cast<uint16_t>(Hex(text, 14, 4));
-  guid.Data4[0] = static_cast<uint8_t>(Hex(text, 19, 2));
-  guid.Data4[1] = static_cast<uint8_t>(Hex(text, 21, 2));
-  for (std::size_t i = 0; i < 6; ++i)
-    guid.Data4[2 + i] = static_cast<uint8_t>(Hex(text, 24 + 2 * i, 2));
+  if (!ParseGuid(text, &guid)) throw "malformed GUID";  // fails constant evaluation
   return guid;
 }
 

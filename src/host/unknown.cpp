@@ -1,6 +1,23 @@
 #include "host/unknown.h"
 
 namespace korvalin::host {
+namespace {
+
+std::atomic<uint32_t> liveObjects{0};
+
+}  // namespace
+
+UnknownBase::UnknownBase(IUnknown* outer) : outer_(outer) {
+  ++liveObjects;
+}
+
+UnknownBase::~UnknownBase() {
+  --liveObjects;
+}
+
+uint32_t UnknownBase::LiveObjects() {
+  return liveObjects;
+}
 
 HRESULT UnknownBase::QueryInterface(const IID& iid, void** out) {
   return outer_ ? outer_->QueryInterface(iid, out) : NonDelegatingQueryInterface(iid, out);

@@ -48,10 +48,14 @@ HRESULT GetInterface(Interface* iface, void** out) {
 // holder of the inner one calls the NonDelegating forms.
 class UnknownBase : public virtual IUnknown {
  public:
-  explicit UnknownBase(IUnknown* outer = nullptr) : outer_(outer) {}
+  explicit UnknownBase(IUnknown* outer = nullptr);
   UnknownBase(const UnknownBase&) = delete;
   UnknownBase& operator=(const UnknownBase&) = delete;
-  ~UnknownBase() override = default;
+  ~UnknownBase() override;
+
+  // How many objects of this copy of the host exist now. A module links its own copy, so
+  // there it counts the module's objects: the module may be unloaded only at 0.
+  static uint32_t LiveObjects();
 
   HRESULT QueryInterface(const IID& iid, void** out) override;
   uint32_t AddRef() override;

@@ -1,5 +1,6 @@
 #include "platform/regedit_format.h"
 
+#include <algorithm>
 #include <array>
 
 #include "base/string_compare.h"
@@ -272,6 +273,17 @@ void AppendHex(std::string& out, uint32_t value, int minDigits) {
   while (n > 0) out += buffer[--n];
 }
 
+// The part of `path` below the key `parent` ("a\b\c" below "A" is "b\c"); empty when
+// `path` is not below it. Every key is below the root's empty path.
+std::string_view BelowKey(std::string_view path, std::string_view parent) {
+  if (parent.empty()) return path;
+  if (path.size() <= parent.size() + 1 || path[parent.size()] != '\\' ||
+      !EqualsIgnoreCase(path.substr(0, parent.size()), parent)) {
+    return {};
+  }
+  return path.substr(parent.size() + 1);
+}
+
 }  // namespace
 
 std::string_view RootKeyName(RootKey root) {
@@ -319,6 +331,30 @@ const RegistryValue* RegistryDocument::Find(RootKey root, std::string_view subKe
                                             std::string_view name) const {
   const RegistryKey* key = FindKey(root, subKey);
   return key ? key->Find(name) : nullptr;
+}
+
+std::vector<std::string> RegistryDocument::SubKeyNames(RootKey root,
+                                                       std::string_view subKey) const {
+  std::vector<std::string> names;
+  for (const RegistryKey& key : keys) {
+    if (key.root != root) continue;
+    std::string_view child = BelowKey(key.subKey, subKey);
+    if (child.empty()) continue;
+    child = child.substr(0, child.find('\\'));
+    if (child.empty()) continue;  // two backslashes in a row name no key
+    const bool known = std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+      return EqualsIgnoreCase(name, child);
+    });
+    if (!known) names.emplace_back(child);
+  }
+  return names;
+}
+
+bool RegistryDocument::DeleteTree(RootKey root, std::string_view subKey) {
+  return std::erase_if(keys, [&](const RegistryKey& key) {
+           return key.root == root &&
+                  (EqualsIgnoreCase(key.subKey, subKey) || !BelowKey(key.subKey, subKey).empty());
+         }) > 0;
 }
 
 bool IsStorableName(std::string_view name) {

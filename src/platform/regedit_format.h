@@ -47,6 +47,12 @@ struct RegistryDocument {
   const RegistryKey* FindKey(RootKey root, std::string_view subKey) const;
   RegistryKey& CreateKey(RootKey root, std::string_view subKey);
   const RegistryValue* Find(RootKey root, std::string_view subKey, std::string_view name) const;
+  // The names of a key's direct children, in stored order, each once: a child counts even
+  // when only a key below it is stored (its spelling is then the first one stored).
+  std::vector<std::string> SubKeyNames(RootKey root, std::string_view subKey) const;
+  // Removes a key and every key below it; false when there was none. An empty sub-key
+  // stands for the whole root.
+  bool DeleteTree(RootKey root, std::string_view subKey);
   friend bool operator==(const RegistryDocument&, const RegistryDocument&) = default;
 };
 

@@ -128,19 +128,26 @@ fs::path WriteTarget(const fs::path& file) {
 }
 
 struct Change {
+  enum Kind { SetValue, DeleteValues, DeleteTree };
+  Kind kind;
   RootKey root;
   std::string subKey;
-  bool deleteValues = false;  // else set `name` to `value`
-  std::string name;
+  std::string name;  // SetValue: the value to set
   RegistryValue value;
 };
 
 void Apply(RegistryDocument& document, const Change& change) {
-  if (change.deleteValues) {
-    if (RegistryKey* key = document.FindKey(change.root, change.subKey)) key->values.clear();
-    return;
+  switch (change.kind) {
+    case Change::SetValue:
+      document.CreateKey(change.root, change.subKey).Set(change.name, change.value);
+      return;
+    case Change::DeleteValues:
+      if (RegistryKey* key = document.FindKey(change.root, change.subKey)) key->values.clear();
+      return;
+    case Change::DeleteTree:
+      document.DeleteTree(change.root, change.subKey);
+      return;
   }
-  document.CreateKey(change.root, change.subKey).Set(change.name, change.value);
 }
 
 bool ValidRoot(RootKey root) {
@@ -267,16 +274,27 @@ std::vector<std::pair<std::string, RegistryValue>> RegistryStore::Values(
   return key ? key->values : std::vector<std::pair<std::string, RegistryValue>>{};
 }
 
+std::vector<std::string> RegistryStore::SubKeys(RootKey root, std::string_view subKey) const {
+  std::lock_guard guard(state_->mutex);
+  if (state_->batchDepth > 0) return state_->view.SubKeyNames(root, subKey);
+  return LoadDocument(file_).SubKeyNames(root, subKey);
+}
+
 int RegistryStore::Set(RootKey root, std::string_view subKey, std::string_view name,
                        RegistryValue value) {
   if (!ValidRoot(root) || !IsStorableName(subKey) || !IsStorableName(name)) return -1;
-  return state_->Change1(
-      file_, Change{root, std::string(subKey), false, std::string(name), std::move(value)});
+  return state_->Change1(file_, Change{Change::SetValue, root, std::string(subKey),
+                                       std::string(name), std::move(value)});
 }
 
 int RegistryStore::DeleteValues(RootKey root, std::string_view subKey) {
   if (!ValidRoot(root)) return -1;
-  return state_->Change1(file_, Change{root, std::string(subKey), true, {}, {}});
+  return state_->Change1(file_, Change{Change::DeleteValues, root, std::string(subKey), {}, {}});
+}
+
+int RegistryStore::DeleteKey(RootKey root, std::string_view subKey) {
+  if (!ValidRoot(root) || subKey.empty()) return -1;
+  return state_->Change1(file_, Change{Change::DeleteTree, root, std::string(subKey), {}, {}});
 }
 
 RegistryStore::Batch::Batch(RegistryStore& store) : store_(store) {

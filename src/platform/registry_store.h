@@ -47,12 +47,19 @@ class RegistryStore {
   // Every value of a key, in stored order.
   std::vector<std::pair<std::string, RegistryValue>> Values(RootKey root,
                                                             std::string_view subKey) const;
+  // The names of a key's direct child keys, in stored order (see
+  // RegistryDocument::SubKeyNames).
+  std::vector<std::string> SubKeys(RootKey root, std::string_view subKey) const;
   // Creates the key when needed and sets the value. 0, or -1 when the file cannot be written
   // or a name holds a line feed. Inside a Batch the write is queued and 0 is returned unless
   // a name is unusable; the batch's commit reports the file's fate.
   int Set(RootKey root, std::string_view subKey, std::string_view name, RegistryValue value);
   // Removes every value of a key (the key stays). 0, or -1 when the file cannot be written.
   int DeleteValues(RootKey root, std::string_view subKey);
+  // Removes a key with its values and every key below it. 0 (also when there was no such
+  // key), or -1 when the file cannot be written or the sub-key is empty (a whole root is
+  // never removed).
+  int DeleteKey(RootKey root, std::string_view subKey);
 
   // While a Batch lives on a store, reads come from one snapshot taken when the outermost
   // batch began plus the writes made since, and writes are committed together when the

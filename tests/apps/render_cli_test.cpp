@@ -110,7 +110,7 @@ TEST_F(RenderCliTest, ErrorsExitWithStatusTwo) {
       {{"render", notY4m, "-o", out}, "not a YUV4MPEG2 stream"},
       {{"render", damaged, "-o", out}, "truncated frame"},
       {{"render", "-", "-o", out}, "empty input"},
-      {{"render", clip.string(), "-o", out, "--subs", notY4m}, "cannot load subtitle file"},
+      {{"render", clip.string(), "-o", out, "--subs", notY4m}, "Can not load subtitle file!"},
   };
   for (const auto& [args, message] : cases) dir.ExpectFailures({args}, 2, message);
 }

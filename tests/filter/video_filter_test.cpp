@@ -106,7 +106,7 @@ class SubtitleTest : public ::testing::Test {
   void Start(Settings settings) {
     pipeline = std::make_unique<FilterPipeline>(settings, Yuy2Type(320, 240));
     ASSERT_EQ(pipeline->Start(), S_OK);
-    ASSERT_EQ(pipeline->filter->LoadSubtitles(folder.Write("a.srt", kSubRip).c_str()), 0);
+    ASSERT_EQ(pipeline->filter->SelectSubtitle(folder.Write("a.srt", kSubRip).c_str(), nullptr), S_OK);
   }
   bool PushAndLook(PushOptions options) {
     EXPECT_EQ(pipeline->Push(options), S_OK);
@@ -138,10 +138,10 @@ TEST_F(SubtitleTest, UntimedSampleHasNoTimesAndNoOverlays) {
   untimed.timed = false;
   EXPECT_FALSE(PushAndLook(untimed));
   EXPECT_FALSE(pipeline->Last().timed);
-  EXPECT_EQ(pipeline->filter->lastClockState, -1);
-  EXPECT_EQ(pipeline->filter->lastSubtitleState, -1);
+  EXPECT_EQ(pipeline->filter->FrameState().lastClockState, -1);
+  EXPECT_EQ(pipeline->filter->FrameState().lastSubtitleState, -1);
   EXPECT_TRUE(PushAndLook(FrameAtMs(200)));  // timed: clock and subtitle show
-  EXPECT_EQ(pipeline->filter->lastClockState, 0);
+  EXPECT_EQ(pipeline->filter->FrameState().lastClockState, 0);
 }
 
 // Economic mode: the load, and the subtitle coming, staying and leaving.
@@ -149,7 +149,7 @@ TEST_F(SubtitleTest, EconomicRefreshFollowsTheSubtitle) {
   Settings settings = Plain();
   settings.Economic = 1;
   Start(settings);
-  EXPECT_EQ(pipeline->filter->borderRefresh, 3);
+  EXPECT_EQ(pipeline->filter->FrameState().borderRefresh, 3);
   const struct {
     int64_t startMs;
     int32_t subtitleState, refreshAfter;
@@ -157,8 +157,8 @@ TEST_F(SubtitleTest, EconomicRefreshFollowsTheSubtitle) {
                {280, 1, 0},  {320, 1, 0},  {440, -1, 2}, {480, -1, 1}, {520, -1, 0}, {560, -1, 0}};
   for (const auto& step : steps) {
     ASSERT_EQ(pipeline->Push(FrameAtMs(step.startMs)), S_OK);
-    EXPECT_EQ(pipeline->filter->lastSubtitleState, step.subtitleState) << step.startMs;
-    EXPECT_EQ(pipeline->filter->borderRefresh, step.refreshAfter) << step.startMs;
+    EXPECT_EQ(pipeline->filter->FrameState().lastSubtitleState, step.subtitleState) << step.startMs;
+    EXPECT_EQ(pipeline->filter->FrameState().borderRefresh, step.refreshAfter) << step.startMs;
   }
 }
 
@@ -172,8 +172,8 @@ TEST(VideoFilterTest, EconomicRefreshRestartsOnEachNewClockImage) {
   for (int frame = 0; frame < 27; ++frame) {
     ASSERT_EQ(pipeline.Push(Frame(frame)), S_OK);
     const int32_t sinceImage = frame < 25 ? frame : frame - 25;  // 0:00:00, then 0:00:01
-    EXPECT_EQ(pipeline.filter->lastClockState, sinceImage == 0 ? 0 : 1) << frame;
-    EXPECT_EQ(pipeline.filter->borderRefresh, std::max(0, 2 - sinceImage)) << frame;
+    EXPECT_EQ(pipeline.filter->FrameState().lastClockState, sinceImage == 0 ? 0 : 1) << frame;
+    EXPECT_EQ(pipeline.filter->FrameState().borderRefresh, std::max(0, 2 - sinceImage)) << frame;
   }
 }
 
@@ -222,7 +222,7 @@ TEST(VideoFilterTransformTest, SampleAnswersAndOutputsItCannotWrite) {
   ASSERT_EQ(pipeline.filter->Transform(in, out.Get()), S_OK);
   REFERENCE_TIME gotStart, gotStop;
   EXPECT_EQ(out->GetTime(&gotStart, &gotStop), VFW_E_SAMPLE_TIME_NOT_SET);
-  EXPECT_EQ(pipeline.filter->lastClockState, -1);
+  EXPECT_EQ(pipeline.filter->FrameState().lastClockState, -1);
   scripted->timeAnswer = S_OK;
 
   // S_OK sets a flag, S_FALSE clears it, any other answer drops the frame; media times pass.

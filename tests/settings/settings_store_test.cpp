@@ -266,8 +266,8 @@ TEST(SettingsTable, SourceFrameDurationFollowsFpsConv) {
   const std::tuple<int32_t, int32_t, int32_t> cases[] = {
       {0, 416666, 0}, {0, 333667, 0},      {1, 416666, 416666}, {1, 417083, 417083},
       {1, 400000, 0}, {1, 408163, 408163}, {1, 408162, 0},      {1, 425531, 425531},
-      {1, 425532, 0}, {2, 400000, 417083}, {2, 0, 417083},      {3, 400000, 416666},
-      {4, 416666, 0}};
+      {1, 425532, 0}, {1, 333667, 0},      {2, 400000, 417083}, {2, 0, 417083},
+      {3, 400000, 416666}, {4, 416666, 0}};
   Settings s{Settings::DefaultsOnly{}};
   for (const auto& [conv, duration, expected] : cases) {
     s.FPSConv = conv;
