@@ -118,17 +118,22 @@ HRESULT BaseFilter::FindPin(std::u16string_view id, IPin** pin) {
 
 HRESULT BaseFilter::QueryFilterInfo(FILTER_INFO* info) {
   if (!info) return E_POINTER;
-  std::lock_guard lock(filterLock_);
+  std::lock_guard lock(infoLock_);
   info->achName = name_;
   info->pGraph = graph_.load();
   return S_OK;
 }
 
 HRESULT BaseFilter::JoinFilterGraph(IFilterGraph* graph, std::u16string_view name) {
-  std::lock_guard lock(filterLock_);
+  std::lock_guard lock(infoLock_);
   graph_ = graph;
   name_ = graph ? std::u16string(name) : std::u16string();
   return S_OK;
+}
+
+std::u16string BaseFilter::FilterName() const {
+  std::lock_guard lock(infoLock_);
+  return name_;
 }
 
 HRESULT BaseFilter::NotifyEvent(int32_t code, intptr_t param1, intptr_t param2) {

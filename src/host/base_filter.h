@@ -47,7 +47,7 @@ class BaseFilter : public UnknownBase, public IBaseFilter {
   std::recursive_mutex& FilterLock() { return filterLock_; }
   // The graph the filter is in (no reference), or null.
   IFilterGraph* Graph() const { return graph_; }
-  const std::u16string& FilterName() const { return name_; }
+  std::u16string FilterName() const;
   REFERENCE_TIME StreamStartTime() const { return start_; }
   IReferenceClock* Clock() const { return clock_.Get(); }
 
@@ -58,6 +58,9 @@ class BaseFilter : public UnknownBase, public IBaseFilter {
  private:
   CLSID clsid_;
   ComPtr<IReferenceClock> clock_;
+  // The name and graph are asked for by graph searches that run while other filters' locks
+  // are held, so they have a lock of their own that is never held while calling out.
+  mutable std::mutex infoLock_;
   std::atomic<IFilterGraph*> graph_{nullptr};
   std::u16string name_;
   REFERENCE_TIME start_ = 0;
