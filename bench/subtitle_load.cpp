@@ -59,8 +59,11 @@ void BM_LoadSubRip(benchmark::State& state) {
 BENCHMARK(BM_LoadSubRip)->Unit(benchmark::kMillisecond);
 
 // Arg 0: already ordered; 1: reverse order, distinct starts; 2: reverse order in pairs of
-// equal starts (the order of equal starts must then be worked out exactly).
+// equal starts (the order of equal starts must then be worked out exactly); 3: rounds of
+// falling starts, so that every group of equal starts has many smaller ones between its
+// members.
 void BM_SortByStart(benchmark::State& state) {
+  constexpr int kRounds = 1000;
   const int n = static_cast<int>(state.range(1));
   for (auto _ : state) {
     state.PauseTiming();
@@ -69,6 +72,7 @@ void BM_SortByStart(benchmark::State& state) {
       int start = i;
       if (state.range(0) == 1) start = n - i;
       if (state.range(0) == 2) start = (n - i) / 2;
+      if (state.range(0) == 3) start = kRounds - 1 - i % kRounds;
       track.AddEntry(std::make_unique<SubtitleEntry>(start * 100, start * 100 + 50, "x"));
     }
     state.ResumeTiming();
@@ -84,6 +88,7 @@ BENCHMARK(BM_SortByStart)
     ->Args({1, kCues})
     ->Args({2, 10000})
     ->Args({2, kCues})
+    ->Args({3, 10 * kCues})
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
 

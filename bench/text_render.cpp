@@ -9,17 +9,24 @@ namespace korvalin {
 namespace {
 
 constexpr const char* kSubtitle = "A two-line subtitle, as most are,\nwith a second line below it";
+constexpr const char* kStyledSubtitle =
+    "A <i>two-line</i> subtitle, <b>as most are</b>,\n"
+    "with a <font color=\"#FFFF00\">second line</font> <u>below</u> it";
 
+// Drawing width, and 1 for the SubRip text with its tags applied, 0 for the plain one.
 void BM_RenderText(benchmark::State& state) {
   const auto drawingWidth = static_cast<int32_t>(state.range(0));
+  const bool styled = state.range(1) != 0;
+  const char* text = styled ? kStyledSubtitle : kSubtitle;
+  const TextMarkup markup = styled ? TextMarkup::SubRip : TextMarkup::None;
   TextRenderer renderer(720, 576);
-  renderer.RenderText(kSubtitle, drawingWidth);  // the font and glyphs are made once
+  renderer.RenderText(text, drawingWidth, markup);  // the fonts and glyphs are made once
   for (auto _ : state) {
     renderer.ClearImage();
-    benchmark::DoNotOptimize(renderer.RenderText(kSubtitle, drawingWidth));
+    benchmark::DoNotOptimize(renderer.RenderText(text, drawingWidth, markup));
   }
 }
-BENCHMARK(BM_RenderText)->Arg(720)->Arg(1920);
+BENCHMARK(BM_RenderText)->ArgsProduct({{720, 1920, 3840}, {0, 1}})->ArgNames({"width", "styled"});
 
 struct FrameCase {
   int32_t width;
@@ -73,7 +80,7 @@ void BM_BlendOverlay(benchmark::State& state) {
 }
 
 void FrameArguments(benchmark::internal::Benchmark* b) {
-  for (const auto& [w, h] : {std::pair{720, 576}, std::pair{1920, 1080}}) {
+  for (const auto& [w, h] : {std::pair{720, 576}, {1920, 1080}, {3840, 2160}}) {
     for (PixelFormat f : {PixelFormat::YUY2, PixelFormat::RGB32, PixelFormat::RGB565}) {
       b->Args({w, h, static_cast<int64_t>(f)});
     }

@@ -16,6 +16,17 @@ inline constexpr int kExitUsage = 2;   // bad arguments or an error, reported on
 // Prints "korvalin: <message>" to stderr and returns kExitUsage.
 int Fail(std::string_view message);
 
+// Each command's lines of the general usage, which `korvalin COMMAND --help` also prints.
+extern const std::string_view kSettingsUsage;
+extern const std::string_view kGeometryUsage;
+extern const std::string_view kSubsUsage;
+extern const std::string_view kTextImageUsage;
+extern const std::string_view kRenderUsage;
+extern const std::string_view kGraphUsage;
+extern const std::string_view kRegisterUsage;
+extern const std::string_view kUnregisterUsage;
+extern const std::string_view kDemoUsage;
+
 // Each subcommand gets the arguments after its own name.
 int RunSettingsCommand(Args args);
 int RunGeometryCommand(Args args);

@@ -16,6 +16,11 @@
 
 namespace korvalin::cli {
 
+const std::string_view kDemoUsage =
+    "  demo [-o DIR]                    render a built-in clip with subtitles and the\n"
+    "                                   clock to DIR/demo.y4m and DIR/demo.png\n"
+    "                                   (DIR: ./korvalin-demo)\n";
+
 namespace {
 
 constexpr int32_t kDemoSeconds = 10;

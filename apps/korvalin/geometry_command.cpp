@@ -9,6 +9,10 @@
 
 namespace korvalin::cli {
 
+const std::string_view kGeometryUsage =
+    "  geometry WxH [--subtitles] [--picture-aspect X:Y]\n"
+    "                                   print the output geometry for an input size\n";
+
 namespace {
 
 struct Pair {

@@ -15,6 +15,10 @@
 
 namespace korvalin::cli {
 
+const std::string_view kGraphUsage =
+    "  graph INPUT [--audio IN.wav] [--format yuy2|rgb32|rgb565]\n"
+    "                                   the filters and connections of that graph\n";
+
 using namespace host;
 
 namespace {

@@ -15,6 +15,12 @@
 
 namespace korvalin::cli {
 
+const std::string_view kRegisterUsage =
+    "  register [MODULE]                register the filter module (default: the\n"
+    "                                   installed or built libkorvalin.so)\n";
+const std::string_view kUnregisterUsage =
+    "  unregister [MODULE]              remove the module's registration\n";
+
 using namespace host;
 
 namespace {

@@ -9,6 +9,13 @@
 
 namespace korvalin::cli {
 
+const std::string_view kRenderUsage =
+    "  render INPUT -o OUTPUT [--subs FILE] [--lang NAME] [--format yuy2|rgb32|rgb565]\n"
+    "         [--frames N] [--audio IN.wav --audio-out OUT.wav]\n"
+    "                                   play a YUV4MPEG2 film through a player's graph\n"
+    "                                   (- for stdin/stdout); rgb32 and rgb565 write PNG\n"
+    "                                   frames into a folder\n";
+
 namespace {
 
 struct RenderRequest {

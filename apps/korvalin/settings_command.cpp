@@ -12,6 +12,12 @@
 
 namespace korvalin::cli {
 
+const std::string_view kSettingsUsage =
+    "  settings show                    print every stored setting as Name=Value\n"
+    "  settings set Name=Value ...      store settings (a number outside its setting's range\n"
+    "                                   is stored but reads as the default)\n"
+    "  settings reset                   remove every stored setting\n";
+
 namespace {
 
 std::string FullPath(std::string_view name) {
@@ -35,9 +41,14 @@ struct FieldFinder {
   std::string_view wanted;
   std::string name;  // the canonical spelling, empty when not found
   bool isText = false;
+  int32_t defaultValue = 0, min = 0, max = 0;  // an integer's
   template <class I>
-  void Int(std::string_view n, const I&, int32_t, int32_t, int32_t) {
-    if (name.empty() && EqualsIgnoreCase(n, wanted)) name = n;
+  void Int(std::string_view n, const I&, int32_t def, int32_t lo, int32_t hi) {
+    if (!name.empty() || !EqualsIgnoreCase(n, wanted)) return;
+    name = n;
+    defaultValue = def;
+    min = lo;
+    max = hi;
   }
   template <class T>
   void Text(std::string_view n, const T&, std::string_view) {
@@ -53,6 +64,7 @@ struct PendingWrite {
   bool isText;
   std::string text;
   int32_t number;
+  std::string warning;  // for a number that will read as the default
 };
 
 int Show() {
@@ -71,20 +83,29 @@ std::optional<PendingWrite> ParseAssignment(std::string_view arg, std::string& e
   const std::string_view name = arg.substr(0, equals);
   const std::string_view value = arg.substr(equals + 1);
   const Settings defaults{Settings::DefaultsOnly{}};
-  FieldFinder finder{name, {}, false};
+  FieldFinder finder;
+  finder.wanted = name;
   VisitFieldsInLoadOrder(defaults, finder);
   if (finder.name.empty()) {
     error = "unknown setting '" + std::string(name) + "'";
     return {};
   }
-  if (finder.isText) return PendingWrite{finder.name, true, std::string(value), 0};
+  if (finder.isText) return PendingWrite{finder.name, true, std::string(value), 0, {}};
   // Integers are stored as 32-bit words: signed values and colours up to 0xFFFFFFFF.
   const auto number = ParseInteger(value, INT32_MIN, UINT32_MAX);
   if (!number) {
     error = "setting '" + finder.name + "' needs a whole number, got '" + std::string(value) + "'";
     return {};
   }
-  return PendingWrite{finder.name, false, {}, static_cast<int32_t>(static_cast<uint32_t>(*number))};
+  // Stored as given, as the pages store it; a load checks the word as a signed number.
+  const auto stored = static_cast<int32_t>(static_cast<uint32_t>(*number));
+  std::string warning;
+  if (stored < finder.min || stored > finder.max) {
+    warning = finder.name + "=" + std::string(value) + " is out of range (" +
+              std::to_string(finder.min) + " to " + std::to_string(finder.max) +
+              ") and will read as the default, " + std::to_string(finder.defaultValue);
+  }
+  return PendingWrite{finder.name, false, {}, stored, std::move(warning)};
 }
 
 int Set(Args assignments) {
@@ -105,6 +126,9 @@ int Set(Args assignments) {
     if (result != 0) return Fail("settings set: cannot write " + store.file().string());
   }
   if (batch.Commit() != 0) return Fail("settings set: cannot write " + store.file().string());
+  for (const PendingWrite& w : writes) {
+    if (!w.warning.empty()) std::cerr << "korvalin: settings set: " << w.warning << '\n';
+  }
   return kExitOk;
 }
 

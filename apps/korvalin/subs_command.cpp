@@ -1,5 +1,8 @@
+#include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -15,6 +18,17 @@
 #include "subtitles/subtitle_loader.h"
 
 namespace korvalin::cli {
+
+const std::string_view kSubsUsage =
+    "  subs dump FILE [--lang NAME] [--fps F]\n"
+    "                                   print the track a subtitle file loads, as JSON lines\n"
+    "  subs find VIDEO [--path SEARCHPATH]\n"
+    "                                   list the subtitle files found for a film\n"
+    "  subs at FILE TIME_MS ... [--lang NAME] [--fps F]\n"
+    "                                   the entry shown at each video time\n"
+    "  subs picture FILE INDEX -o OUT.png [--lang NAME]\n"
+    "                                   write the picture of entry INDEX as a PNG\n";
+
 namespace {
 
 // Positional arguments and the values of the options a subcommand allows.
@@ -68,6 +82,14 @@ std::optional<int> LoadTrack(SubtitleTrack& track, const ParsedArgs& parsed,
   return result;
 }
 
+// Why a file did not load: it cannot be opened, or no reader takes it.
+std::string LoadFailure(const std::string& path) {
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) return "cannot open '" + path + "': " + std::strerror(errno);
+  std::fclose(file);
+  return "cannot read '" + path + "' as a subtitle file";
+}
+
 int Dump(Args args) {
   ParsedArgs parsed;
   const std::string error = ParseArgs(args, {"--lang", "--fps"}, parsed);
@@ -115,6 +137,7 @@ int At(Args args) {
   SubtitleTrack track;
   const std::optional<int> result = LoadTrack(track, parsed, settings);
   if (!result) return kExitUsage;
+  if (*result != 0) return Fail(LoadFailure(parsed.positional[0]));
   for (int32_t ms : times) {
     const int32_t t = settings.SubtitleTime(ms);
     const int32_t index = track.framesPending ? -1 : track.FindEntry(t, t);
@@ -122,7 +145,7 @@ int At(Args args) {
     const std::string text = index == -1 ? "" : EscapeJsonBytes(track.entries[index]->text.c_str());
     std::cout << ms << '\t' << index << '\t' << text << '\n';
   }
-  return *result == 0 ? kExitOk : kExitFailed;
+  return kExitOk;
 }
 
 }  // namespace

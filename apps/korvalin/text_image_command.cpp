@@ -10,6 +10,10 @@
 #include "settings/settings.h"
 
 namespace korvalin::cli {
+
+const std::string_view kTextImageUsage =
+    "  text-image TEXT [--style sub|osd] [--width W] -o OUT.png\n"
+    "                                   draw a text as the subtitles or the clock would\n";
 namespace {
 
 constexpr int32_t kDefaultDrawingWidth = 720;

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "base/saturating_cast.h"
+
 namespace korvalin {
 
 namespace {
@@ -11,7 +13,7 @@ constexpr float kTvAspect[2] = {4.0f / 3.0f, 16.0f / 9.0f};
 constexpr float kClipAspect[4] = {0.0f, 1.25f, 1.5f, 1.0f};
 
 // Floating-point results become pixels by truncation toward zero.
-int32_t Trunc(double value) { return static_cast<int32_t>(value); }
+int32_t Trunc(double value) { return SaturatingCast<int32_t>(value); }
 
 int32_t Even(int32_t value) { return value & ~1; }
 

@@ -16,6 +16,8 @@ using namespace host;
 
 namespace {
 
+// The subtitle surface up to a drawing width of 720; wider pictures get it grown in
+// proportion, so their subtitles are never cut.
 constexpr int32_t kSubtitleSurfaceWidth = 720;
 constexpr int32_t kSubtitleSurfaceHeight = 576;
 

@@ -1,5 +1,6 @@
 // The filter's life in a graph: joining and leaving it, its input connection (the film's
 // file, automatic subtitles, the load mode, the frame rate), and the clock.
+#include "base/saturating_cast.h"
 #include "filter/filter_settings.h"
 #include "filter/graph_search.h"
 #include "filter/page_ids.h"
@@ -108,7 +109,7 @@ int32_t VideoFilter::MediaDurationMs() {
   const ComPtr<IMediaPosition> position = QueryAs<IMediaPosition>(Graph());
   double seconds = 0;
   if (!position || FAILED(position->get_Duration(&seconds))) return 0;
-  return static_cast<int32_t>(seconds * 1000 + 0.5);
+  return SaturatingCast<int32_t>(seconds * 1000 + 0.5);  // any filter upstream may answer
 }
 
 void VideoFilter::ReadConnectionTimes(int32_t mediaDurationMs) {

@@ -99,10 +99,15 @@ Y4mSource::Y4mSource(std::FILE* file, int64_t maxFrames, std::string fileName)
   AddStream(std::make_unique<Y4mStream>(this));
 }
 
+// The first frame is read here: the graph sets up buffers of the header's frame size when it
+// is built, which only a stream that really holds a frame is worth.
 std::string Y4mSource::Open() {
   const std::string error = reader_.ReadHeader();
-  if (error.empty()) frameCount_ = reader_.CountFrames();
-  return error;
+  if (!error.empty()) return error;
+  frameCount_ = reader_.CountFrames();
+  const int first = reader_.ReadAhead();
+  if (first == 0) return "the stream holds no frame";
+  return first < 0 ? reader_.error() : "";
 }
 
 HRESULT Y4mSource::NonDelegatingQueryInterface(const IID& iid, void** out) {

@@ -1,7 +1,10 @@
 #include "filter/y4m_stream.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
+
+#include "base/saturating_cast.h"
 
 namespace korvalin {
 
@@ -10,6 +13,8 @@ namespace {
 constexpr std::string_view kMagic = "YUV4MPEG2";
 constexpr std::string_view kFrameTag = "FRAME";
 constexpr std::size_t kMaxHeaderLine = 4096;
+// A frame is read in pieces of this size, so a short stream never holds more than it sent.
+constexpr std::size_t kReadPiece = std::size_t{1} << 20;
 
 bool ParseInt(std::string_view text, int32_t* value) {
   const char* end = text.data() + text.size();
@@ -53,6 +58,30 @@ std::string ParseParameter(std::string_view token, Y4mHeader* header) {
   }
 }
 
+std::string CheckRate(const Y4mHeader& header) {
+  const int64_t numerator = header.rateNumerator, denominator = header.rateDenominator;
+  if (numerator <= kY4mMaxFramesPerSecond * denominator &&
+      numerator * kY4mMaxSecondsPerFrame >= denominator) {
+    return "";
+  }
+  return "frame rate F" + std::to_string(numerator) + ":" + std::to_string(denominator) +
+         " out of range (1/" + std::to_string(kY4mMaxSecondsPerFrame) + " to " +
+         std::to_string(kY4mMaxFramesPerSecond) + " frames a second)";
+}
+
+std::string CheckSize(const Y4mHeader& header) {
+  if (header.width <= 0 || header.height <= 0) return "missing or bad picture size";
+  if (header.width > kY4mMaxSide || header.height > kY4mMaxSide ||
+      int64_t{header.width} * header.height > kY4mMaxPixels) {
+    return "picture too large (at most " + std::to_string(kY4mMaxSide) + " pixels a side and " +
+           std::to_string(kY4mMaxPixels) + " in all)";
+  }
+  if (header.width % 2 != 0) return "odd picture width (YUY2 needs pixel pairs)";
+  if (header.chroma == Y4mChroma::k420 && header.height % 2 != 0)
+    return "odd picture height in a 4:2:0 stream";
+  return "";
+}
+
 }  // namespace
 
 int64_t Y4mHeader::FrameDuration() const {
@@ -61,7 +90,7 @@ int64_t Y4mHeader::FrameDuration() const {
 
 int64_t Y4mHeader::FrameStart(int64_t n) const {
   const long double ticks = static_cast<long double>(n) * 10000000.0L * rateDenominator;
-  return static_cast<int64_t>(ticks / rateNumerator);
+  return SaturatingCast<int64_t>(ticks / rateNumerator);
 }
 
 std::size_t Y4mHeader::Yuy2FrameSize() const {
@@ -81,12 +110,8 @@ std::string ParseY4mHeader(std::string_view line, Y4mHeader* header) {
     const std::string error = ParseParameter(token, header);
     if (!error.empty()) return error;
   }
-  if (header->width <= 0 || header->height <= 0) return "missing or bad picture size";
-  if (header->width > kY4mMaxSide || header->height > kY4mMaxSide) return "picture too large";
-  if (header->width % 2 != 0) return "odd picture width (YUY2 needs pixel pairs)";
-  if (header->chroma == Y4mChroma::k420 && header->height % 2 != 0)
-    return "odd picture height in a 4:2:0 stream";
-  return "";
+  const std::string error = CheckSize(*header);
+  return error.empty() ? CheckRate(*header) : error;
 }
 
 std::size_t PlanarFrameSize(const Y4mHeader& header) {
@@ -163,7 +188,32 @@ std::string Y4mReader::ReadHeader() {
   return error_;
 }
 
+int Y4mReader::ReadAhead() {
+  if (!haveAhead_) {
+    aheadResult_ = ReadNextFrame(&ahead_);
+    haveAhead_ = true;
+  }
+  return aheadResult_;
+}
+
 int Y4mReader::ReadFrame(std::vector<uint8_t>* frame) {
+  if (!haveAhead_) return ReadNextFrame(frame);
+  haveAhead_ = false;
+  if (aheadResult_ == 1) frame->swap(ahead_);
+  return aheadResult_;
+}
+
+bool Y4mReader::ReadPlanar(std::size_t size) {
+  for (std::size_t have = 0; have < size;) {
+    const std::size_t piece = std::min(kReadPiece, size - have);
+    if (planar_.size() < have + piece) planar_.resize(have + piece);
+    if (std::fread(planar_.data() + have, 1, piece, file_) != piece) return false;
+    have += piece;
+  }
+  return true;
+}
+
+int Y4mReader::ReadNextFrame(std::vector<uint8_t>* frame) {
   std::string line;
   bool atEnd = false;
   if (!ReadLine(&line, kMaxHeaderLine, &atEnd)) {
@@ -176,8 +226,7 @@ int Y4mReader::ReadFrame(std::vector<uint8_t>* frame) {
     error_ = "damaged frame header";
     return -1;
   }
-  planar_.resize(PlanarFrameSize(header_));  // on the first frame, not for a header alone
-  if (std::fread(planar_.data(), 1, planar_.size(), file_) != planar_.size()) {
+  if (!ReadPlanar(PlanarFrameSize(header_))) {
     error_ = "truncated frame";
     return -1;
   }

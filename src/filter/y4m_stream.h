@@ -29,7 +29,12 @@ struct Y4mHeader {
   std::size_t Yuy2FrameSize() const;
 };
 
+// Bounds on what a header may declare: beyond them a stream is refused rather than trusted
+// with memory and time arithmetic.
 inline constexpr int32_t kY4mMaxSide = 16384;
+inline constexpr int64_t kY4mMaxPixels = int64_t{8192} * 4320;  // 8K
+inline constexpr int32_t kY4mMaxFramesPerSecond = 1000;
+inline constexpr int32_t kY4mMaxSecondsPerFrame = 100;  // a frame's duration fits 31 bits
 
 // Parses the stream header line (without its line feed). "" on success, else what is wrong.
 std::string ParseY4mHeader(std::string_view line, Y4mHeader* header);
@@ -50,7 +55,12 @@ class Y4mReader {
   // "" on success, else the error.
   std::string ReadHeader();
   // Reads the next frame as YUY2 into *frame: 1 read, 0 clean end of stream, -1 error.
+  // Memory grows with the bytes that arrive, not with the size the header claims.
   int ReadFrame(std::vector<uint8_t>* frame);
+  // Reads the next frame ahead, with ReadFrame's result, so that a caller learns whether the
+  // stream holds one before it sets up anything the size of a frame. The next ReadFrame
+  // returns that frame (or that result) without reading.
+  int ReadAhead();
   // After the header: the frames a seekable file holds when each has a bare "FRAME" line,
   // or -1 when the stream cannot tell (a pipe).
   int64_t CountFrames();
@@ -60,11 +70,17 @@ class Y4mReader {
  private:
   // A line up to its line feed, at most `limit` bytes; false at end of file or too long.
   bool ReadLine(std::string* line, std::size_t limit, bool* atEnd);
+  int ReadNextFrame(std::vector<uint8_t>* frame);
+  // Reads one planar frame into planar_; false when the stream ends first.
+  bool ReadPlanar(std::size_t size);
 
   std::FILE* file_;
   Y4mHeader header_;
   std::vector<uint8_t> planar_;
   std::string error_;
+  std::vector<uint8_t> ahead_;
+  int aheadResult_ = 0;
+  bool haveAhead_ = false;
 };
 
 // Writes 4:2:2 streams from YUY2 frames.

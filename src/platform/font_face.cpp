@@ -40,6 +40,42 @@ DesignMetrics CellMetrics(FT_Face face) {
   return {double(face->units_per_EM), 0.0};
 }
 
+// The slant of a synthetic oblique, as fontconfig's own synthesis uses: x += 0.2 y.
+constexpr FT_Fixed kObliqueShear = 0x3333;
+
+// A stroke of `thickness` font units whose first row lies `top` units below the baseline,
+// in pixels, kept inside the cell's descent when it fits there.
+LineMark ScaledMark(double top, double thickness, double pixelsPerUnit, int32_t descent) {
+  LineMark mark;
+  mark.thickness =
+      std::max<int32_t>(1, static_cast<int32_t>(std::lround(thickness * pixelsPerUnit)));
+  mark.offset = static_cast<int32_t>(std::lround(top * pixelsPerUnit));
+  if (mark.thickness <= descent) mark.offset = std::min(mark.offset, descent - mark.thickness);
+  return mark;
+}
+
+// Underline from the face's own position (the centre of the stroke) and thickness.
+LineMark UnderlineOf(FT_Face face, double pixelsPerUnit, int32_t descent) {
+  const double thickness =
+      face->underline_thickness > 0 ? face->underline_thickness : face->units_per_EM / 14.0;
+  const double centre =
+      face->underline_position != 0 ? -face->underline_position : face->units_per_EM / 10.0;
+  return ScaledMark(centre - thickness / 2, thickness, pixelsPerUnit, descent);
+}
+
+// Strike-through from the OS/2 table (the top of the stroke above the baseline); without
+// one, the underline's thickness at a quarter of the em above the baseline.
+LineMark StrikeOutOf(FT_Face face, double pixelsPerUnit, int32_t descent) {
+  const auto* os2 = static_cast<const TT_OS2*>(FT_Get_Sfnt_Table(face, FT_SFNT_OS2));
+  if (os2 != nullptr && os2->version != 0xFFFF && os2->yStrikeoutSize > 0) {
+    return ScaledMark(-double(os2->yStrikeoutPosition), os2->yStrikeoutSize, pixelsPerUnit,
+                      descent);
+  }
+  const double thickness =
+      face->underline_thickness > 0 ? face->underline_thickness : face->units_per_EM / 14.0;
+  return ScaledMark(-face->units_per_EM / 4.0, thickness, pixelsPerUnit, descent);
+}
+
 // Copies a rendered slot's bitmap as 8-bit coverage whatever its pixel mode.
 void CopyCoverage(FT_Library library, const FT_Bitmap& source, GlyphImage& glyph) {
   FT_Bitmap gray;
@@ -86,10 +122,17 @@ std::unique_ptr<FontFace> FontFace::Open(const FontMatch& match, int32_t cellHei
       static_cast<FT_F26Dot6>(std::lround(pixelsPerUnit * face->units_per_EM * 64));
   if (FT_Set_Char_Size(face, 0, std::max<FT_F26Dot6>(ppem26_6, 1), 72, 72) != 0) return nullptr;
 
+  if (match.oblique) {
+    FT_Matrix shear{0x10000, kObliqueShear, 0, 0x10000};
+    FT_Set_Transform(face, &shear, nullptr);
+  }
+
   std::unique_ptr<FontFace> result(new FontFace(std::move(freeType)));
   result->embolden_ = match.embolden;
   result->ascent_ = std::clamp<int32_t>(std::lround(metrics.ascent * pixelsPerUnit), 0, cell);
   result->descent_ = cell - result->ascent_;
+  result->underline_ = UnderlineOf(face, pixelsPerUnit, result->descent_);
+  result->strikeOut_ = StrikeOutOf(face, pixelsPerUnit, result->descent_);
   return result;
 }
 

@@ -20,6 +20,13 @@ struct GlyphImage {
   std::vector<uint8_t> coverage;  // width x height, row-major, 0 empty .. 255 covered
 };
 
+// A horizontal stroke of the face (underline, strike-through): its first row, counted down
+// from the baseline (negative above it), and its thickness in rows.
+struct LineMark {
+  int32_t offset = 0;
+  int32_t thickness = 1;
+};
+
 // A FreeType face scaled so that its cell (ascent + descent, from the font's Windows
 // metrics when it has them) is a given number of pixels high.
 class FontFace {
@@ -35,6 +42,8 @@ class FontFace {
 
   int32_t ascent() const { return ascent_; }
   int32_t descent() const { return descent_; }
+  LineMark underline() const { return underline_; }
+  LineMark strikeOut() const { return strikeOut_; }
 
   // Glyph index of a code point in this face, 0 when the face lacks it.
   uint32_t GlyphIndex(char32_t codePoint) const;
@@ -50,6 +59,8 @@ class FontFace {
   bool embolden_ = false;
   int32_t ascent_ = 0;
   int32_t descent_ = 0;
+  LineMark underline_;
+  LineMark strikeOut_;
 };
 
 }  // namespace korvalin::platform

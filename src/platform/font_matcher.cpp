@@ -37,7 +37,7 @@ bool InitFontconfig() {
 }
 
 // The request with the configuration's substitutions applied, ready to match.
-Pattern RequestPattern(std::string_view face, int weight) {
+Pattern RequestPattern(std::string_view face, int weight, bool italic) {
   Pattern pattern(FcPatternCreate());
   const std::string family(face);
   if (!family.empty()) {
@@ -45,7 +45,7 @@ Pattern RequestPattern(std::string_view face, int weight) {
   }
   const double clamped = std::clamp(weight, 1, 1000);
   FcPatternAddDouble(pattern.get(), FC_WEIGHT, FcWeightFromOpenTypeDouble(clamped));
-  FcPatternAddInteger(pattern.get(), FC_SLANT, FC_SLANT_ROMAN);
+  FcPatternAddInteger(pattern.get(), FC_SLANT, italic ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
   FcPatternAddBool(pattern.get(), FC_SCALABLE, FcTrue);
   return pattern;
 }
@@ -68,7 +68,18 @@ double FontconfigWeight(const FcPattern* pattern) {
   return FC_WEIGHT_REGULAR;
 }
 
-std::optional<FontMatch> ToFontMatch(const FcPattern* found, int weightAsked) {
+// Whether the face found is drawn upright: its own slant is roman, or the configuration
+// asks for a shear matrix to fake one (a synthetic oblique, which also reports a slant).
+bool IsUpright(const FcPattern* found) {
+  int slant = FC_SLANT_ROMAN;
+  FcPatternGetInteger(found, FC_SLANT, 0, &slant);
+  FcMatrix* matrix = nullptr;
+  const bool sheared =
+      FcPatternGetMatrix(found, FC_MATRIX, 0, &matrix) == FcResultMatch && matrix->xy != 0;
+  return slant == FC_SLANT_ROMAN || sheared;
+}
+
+std::optional<FontMatch> ToFontMatch(const FcPattern* found, int weightAsked, bool italicAsked) {
   FcChar8* file = nullptr;
   if (FcPatternGetString(found, FC_FILE, 0, &file) != FcResultMatch) return std::nullopt;
   if (!GetBool(found, FC_SCALABLE, true) || GetBool(found, FC_COLOR, false)) return std::nullopt;
@@ -81,24 +92,26 @@ std::optional<FontMatch> ToFontMatch(const FcPattern* found, int weightAsked) {
   }
   match.weight = static_cast<int>(FcWeightToOpenTypeDouble(FontconfigWeight(found)) + 0.5);
   match.embolden = weightAsked - match.weight >= kEmboldenWeightGap;
+  match.oblique = italicAsked && IsUpright(found);
   return match;
 }
 
 }  // namespace
 
-std::optional<FontMatch> MatchFont(std::string_view face, int weight) {
+std::optional<FontMatch> MatchFont(std::string_view face, int weight, bool italic) {
   if (!InitFontconfig()) return std::nullopt;
-  Pattern pattern = RequestPattern(face, weight);
+  Pattern pattern = RequestPattern(face, weight, italic);
   PrepareForMatch(pattern.get());
   FcResult result;
   Pattern found(FcFontMatch(nullptr, pattern.get(), &result));
   if (!found) return std::nullopt;
-  return ToFontMatch(found.get(), weight);
+  return ToFontMatch(found.get(), weight, italic);
 }
 
-std::optional<FontMatch> MatchFallbackFont(std::string_view face, int weight, char32_t codePoint) {
+std::optional<FontMatch> MatchFallbackFont(std::string_view face, int weight, char32_t codePoint,
+                                           bool italic) {
   if (!InitFontconfig()) return std::nullopt;
-  Pattern pattern = RequestPattern(face, weight);
+  Pattern pattern = RequestPattern(face, weight, italic);
   std::unique_ptr<FcCharSet, CharSetDeleter> wanted(FcCharSetCreate());
   FcCharSetAddChar(wanted.get(), codePoint);
   FcPatternAddCharSet(pattern.get(), FC_CHARSET, wanted.get());
@@ -114,7 +127,7 @@ std::optional<FontMatch> MatchFallbackFont(std::string_view face, int weight, ch
         !FcCharSetHasChar(charset, codePoint)) {
       continue;
     }
-    if (std::optional<FontMatch> match = ToFontMatch(candidate, weight)) return match;
+    if (std::optional<FontMatch> match = ToFontMatch(candidate, weight, italic)) return match;
   }
   return std::nullopt;
 }

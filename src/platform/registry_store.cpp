@@ -18,10 +18,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Larger files are not a registry of ours; they read as empty and are never replaced.
+// Larger files are not a registry of ours: they read as empty, and a write moves them aside.
 constexpr off_t kMaxFileSize = off_t{64} << 20;
 
-enum class FileState { Missing, Read, Unreadable };
+enum class FileState { Missing, Read, TooLarge, Unreadable };
 
 struct FileContents {
   FileState state = FileState::Missing;
@@ -56,17 +56,26 @@ FileContents ReadWholeFile(const fs::path& path) {
     return contents;
   }
   struct stat st {};
-  if (::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode) || st.st_size > kMaxFileSize) {
+  if (::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode)) {
     contents.state = FileState::Unreadable;
     return contents;
   }
   contents.mode = st.st_mode & 07777;
+  if (st.st_size > kMaxFileSize) {
+    contents.state = FileState::TooLarge;
+    return contents;
+  }
   char buffer[16384];
   for (;;) {
     const ssize_t n = ::read(fd.get(), buffer, sizeof buffer);
     if (n < 0 && errno == EINTR) continue;
-    if (n < 0 || contents.bytes.size() > static_cast<std::size_t>(kMaxFileSize)) {
+    if (n < 0) {
       contents.state = FileState::Unreadable;
+      contents.bytes.clear();
+      return contents;
+    }
+    if (contents.bytes.size() > static_cast<std::size_t>(kMaxFileSize)) {  // grew meanwhile
+      contents.state = FileState::TooLarge;
       contents.bytes.clear();
       return contents;
     }
@@ -113,6 +122,28 @@ int ReplaceFile(const fs::path& path, std::string_view bytes, mode_t mode) {
   Fd folder(::open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder.get() >= 0) ::fsync(folder.get());  // the rename is done; a failed sync is not
   return 0;                                      // worth undoing it
+}
+
+// True for "<name>.tmpXXXXXX" and "<name>.bak.tmpXXXXXX": the temporary files ReplaceFile
+// makes for the file and its backup.
+bool IsTemporaryOf(const std::string& candidate, const std::string& name) {
+  constexpr std::size_t kSuffix = 6;  // what mkostemp fills in
+  for (const std::string& stem : {name + ".tmp", name + ".bak.tmp"}) {
+    if (candidate.size() == stem.size() + kSuffix && candidate.starts_with(stem)) return true;
+  }
+  return false;
+}
+
+// Removes the temporary files that writers killed before their rename left beside `file`.
+// Called under the store's lock: no live writer of the file has one open then.
+void RemoveStaleTemporaries(const fs::path& file) {
+  const std::string name = file.filename().string();
+  std::error_code ec;
+  std::vector<fs::path> stale;
+  for (fs::directory_iterator it(FolderOf(file), ec), end; !ec && it != end; it.increment(ec)) {
+    if (IsTemporaryOf(it->path().filename().string(), name)) stale.push_back(it->path());
+  }
+  for (const fs::path& path : stale) fs::remove(path, ec);
 }
 
 // The file that is really replaced: a symbolic link is followed so that it stays a link.
@@ -197,13 +228,16 @@ struct RegistryStore::State {
     }
     if (locked != 0) return -1;
 
+    RemoveStaleTemporaries(target);
     FileContents contents = ReadWholeFile(target);
     if (contents.state == FileState::Unreadable) return -1;  // never replace what we can't read
+    const fs::path backup = target.string() + ".bak";
+    if (contents.state == FileState::TooLarge && ::rename(target.c_str(), backup.c_str()) != 0)
+      return -1;
     RegeditParse parsed;
     if (contents.state == FileState::Read) {
       parsed = ParseRegedit(contents.bytes);
-      if (parsed.Damaged() &&
-          ReplaceFile(fs::path(target.string() + ".bak"), contents.bytes, contents.mode) != 0) {
+      if (parsed.Damaged() && ReplaceFile(backup, contents.bytes, contents.mode) != 0) {
         return -1;
       }
     }

@@ -22,8 +22,10 @@ namespace korvalin::platform {
 // lock), read the file again, apply this writer's changes to what is there (so two writers
 // never lose each other's values), write "<file>.tmpXXXXXX" in the same folder, fsync it,
 // rename it over the file and fsync the folder. Missing parent folders are created. When the
-// file on disk was damaged it is first copied to "<file>.bak", so nothing is lost silently.
-// A file that exists but cannot be read is never replaced (the write fails).
+// file on disk was damaged it is first copied to "<file>.bak", so nothing is lost silently;
+// a file over 64 MB (read as empty) is moved to "<file>.bak" whole. A file that exists but
+// cannot be read is never replaced (the write fails). Temporary files of writers that were
+// killed before their rename are removed by the next write.
 //
 // All operations are thread-safe.
 class RegistryStore {

@@ -2,10 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
+#include <vector>
 
-#include "platform/text_font.h"
+#include "platform/text_font_set.h"
 #include "platform/text_layout.h"
+#include "platform/text_runs.h"
 
 namespace korvalin::platform {
 
@@ -29,20 +30,23 @@ struct TextFormat {
   bool wordBreak = false;  // wrap lines at the rectangle's width
 };
 
-// The lines of a text laid out with the font for a rectangle wrapWidth pixels wide.
-std::vector<TextLine> LayoutText(TextFont& font, std::u32string_view text, TextFormat format,
+// The lines of a text, each code point measured with the font of its style, wrapped for a
+// rectangle wrapWidth pixels wide when the format asks for word breaks. A line that ends in
+// an italic glyph also counts the part of it that leans past its advance, so it is not cut.
+std::vector<TextLine> LayoutText(TextFontSet& fonts, const StyledText& text, TextFormat format,
                                  int32_t wrapWidth);
 
-// Measures as DrawText with DT_CALCRECT: the widest line and the height of all lines,
-// wrapping at wrapWidth when the format asks for word breaks.
-TextExtent MeasureText(TextFont& font, std::u32string_view text, TextFormat format,
+// Measures as DrawText with DT_CALCRECT: the widest line and the height of all lines.
+TextExtent MeasureText(TextFontSet& fonts, const StyledText& text, TextFormat format,
                        int32_t wrapWidth);
 
-// Draws the text into the rectangle as DrawText does with a transparent background: each
-// line aligned in the rectangle, one cell height below the last; glyph coverage blends the
-// colour (0x00BBGGRR) over the pixels already there. Nothing is drawn outside the
-// rectangle or the surface.
-void DrawText(TextFont& font, std::u32string_view text, TextFormat format, TextRect rect,
+// Draws the text into the rectangle as DrawText does with a transparent background: laid out
+// for the rectangle's width, each line aligned in it, one cell height below the last, on the
+// baseline of the set's own font; glyph coverage blends each code point's colour (its
+// style's, else `colour`; 0x00BBGGRR) over the pixels already there, and underline and
+// strike-through are solid strokes across the styled code points' advances. Nothing is drawn
+// outside the rectangle or the surface.
+void DrawText(TextFontSet& fonts, const StyledText& text, TextFormat format, TextRect rect,
               uint32_t colour, const SurfaceView& surface);
 
 }  // namespace korvalin::platform

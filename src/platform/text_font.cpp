@@ -11,22 +11,26 @@ bool IsControl(char32_t c) {
 
 }  // namespace
 
-TextFont::TextFont(std::string face, int32_t weight, int32_t cellHeight, FontMatch match,
-                   std::unique_ptr<FontFace> primary)
-    : face_(std::move(face)), weight_(weight), cellHeight_(cellHeight), match_(std::move(match)) {
+TextFont::TextFont(std::string face, int32_t weight, bool italic, int32_t cellHeight,
+                   FontMatch match, std::unique_ptr<FontFace> primary)
+    : face_(std::move(face)),
+      weight_(weight),
+      italic_(italic),
+      cellHeight_(cellHeight),
+      match_(std::move(match)) {
   facesByFile_[match_.file + '#' + std::to_string(match_.index)] = primary.get();
   faces_.push_back(std::move(primary));
 }
 
 std::unique_ptr<TextFont> TextFont::Create(std::string_view face, int32_t weight,
-                                           int32_t cellHeight) {
+                                           int32_t cellHeight, bool italic) {
   const int32_t cell = std::clamp(cellHeight, 1, FontFace::kMaxCellHeight);
-  std::optional<FontMatch> match = MatchFont(face, weight);
+  std::optional<FontMatch> match = MatchFont(face, weight, italic);
   if (!match) return nullptr;
   std::unique_ptr<FontFace> primary = FontFace::Open(*match, cell);
   if (!primary) return nullptr;
   return std::unique_ptr<TextFont>(
-      new TextFont(std::string(face), weight, cell, std::move(*match), std::move(primary)));
+      new TextFont(std::string(face), weight, italic, cell, std::move(*match), std::move(primary)));
 }
 
 const GlyphImage& TextFont::Glyph(char32_t codePoint) {
@@ -49,7 +53,7 @@ GlyphImage TextFont::Rasterise(char32_t codePoint) {
 }
 
 const FontFace* TextFont::FallbackFace(char32_t codePoint) {
-  std::optional<FontMatch> match = MatchFallbackFont(face_, weight_, codePoint);
+  std::optional<FontMatch> match = MatchFallbackFont(face_, weight_, codePoint, italic_);
   if (!match) return nullptr;
   const std::string key = match->file + '#' + std::to_string(match->index);
   if (auto known = facesByFile_.find(key); known != facesByFile_.end()) {

@@ -29,7 +29,7 @@ void WrapLine(std::u32string_view text, std::size_t begin, std::size_t end,
         }
         breakAt = i, breakWidth = x;
       }
-      const int32_t w = advance(c);
+      const int32_t w = advance(i);
       if (!space && x + w > wrapWidth && breakAt > start) {
         wrapped = true;
         break;
@@ -48,10 +48,9 @@ void WrapLine(std::u32string_view text, std::size_t begin, std::size_t end,
   }
 }
 
-int32_t LineWidth(std::u32string_view text, std::size_t begin, std::size_t end,
-                  const AdvanceFunction& advance) {
+int32_t LineWidth(std::size_t begin, std::size_t end, const AdvanceFunction& advance) {
   int32_t width = 0;
-  for (std::size_t i = begin; i < end; ++i) width += advance(text[i]);
+  for (std::size_t i = begin; i < end; ++i) width += advance(i);
   return width;
 }
 
@@ -67,7 +66,7 @@ std::vector<TextLine> LayoutLines(std::u32string_view text, const AdvanceFunctio
     if (wrapWidth) {
       WrapLine(text, begin, end, advance, *wrapWidth, lines);
     } else {
-      lines.push_back({begin, end, LineWidth(text, begin, end, advance)});
+      lines.push_back({begin, end, LineWidth(begin, end, advance)});
     }
     begin = end;
     if (begin < text.size() && text[begin] == U'\r') ++begin;

@@ -19,7 +19,9 @@ struct TextLine {
   int32_t width = 0;
 };
 
-using AdvanceFunction = std::function<int32_t(char32_t)>;
+// The advance in pixels of the code point at an index of the text, so that each may have a
+// font of its own.
+using AdvanceFunction = std::function<int32_t(std::size_t index)>;
 
 // Splits text into lines as DrawText does: at CR, LF and CR LF (a break at the very end
 // starts no further line), and, when wrapWidth is given, between words so that a line

@@ -38,7 +38,7 @@ class ClockOverlay {
   // before still holds; a failed drawing also gives -1. stopMs is not used.
   int UpdateClock(int32_t startMs, int32_t stopMs, int32_t drawingWidth);
 
-  TextRenderer renderer{360, 288};
+  TextRenderer renderer{360, 288};  // grows in proportion above a drawing width of 360
   DynString lastText;
   int32_t videoTimeMode = 0;
   int32_t worldTime = 0;

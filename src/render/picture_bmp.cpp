@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "render/picture.h"
 #include "video/color_tables.h"
@@ -93,39 +95,56 @@ bool ReadLayout(const uint8_t* head, BmpLayout& layout) {
   return true;
 }
 
-// Decodes a file whose first size bytes are data, size >= layout.needed.
-std::vector<uint8_t> Decode(const uint8_t* data, const BmpLayout& layout) {
-  std::array<uint8_t, 256> paletteLuma{};
+using PaletteLuma = std::array<uint8_t, 256>;
+
+// The luma of each palette entry; entries lies right after the information header.
+PaletteLuma PaletteLumaOf(const uint8_t* entries, const BmpLayout& layout) {
+  PaletteLuma luma{};
   for (std::size_t i = 0; i < layout.paletteEntries; ++i) {
-    const uint8_t* e = data + kHeadersSize + i * 4;  // blue, green, red, unused
-    paletteLuma[i] = Luma(e[2], e[1], e[0]);
+    const uint8_t* e = entries + i * 4;  // blue, green, red, unused
+    luma[i] = Luma(e[2], e[1], e[0]);
   }
+  return luma;
+}
+
+// One row of the file (layout.rowBytes bytes at src) into width luma bytes at dst.
+void DecodeRow(const uint8_t* src, const BmpLayout& layout, const PaletteLuma& palette,
+               uint8_t* dst) {
+  const std::size_t uw = static_cast<std::size_t>(layout.width);
+  switch (layout.bits) {
+    case 24:
+      for (std::size_t x = 0; x < uw; ++x)
+        dst[x] = Luma(src[x * 3 + 2], src[x * 3 + 1], src[x * 3]);
+      break;
+    case 8:
+      for (std::size_t x = 0; x < uw; ++x) dst[x] = palette[src[x]];
+      break;
+    case 4:
+      for (std::size_t x = 0; x < uw; ++x) {
+        const uint8_t byte = src[x / 2];
+        dst[x] = palette[(x % 2 == 0) ? (byte >> 4) : (byte & 0x0F)];
+      }
+      break;
+    default:
+      for (std::size_t x = 0; x < uw; ++x) dst[x] = palette[(src[x / 8] >> (7 - x % 8)) & 1];
+      break;
+  }
+}
+
+// The picture's rows from the file's rows, which are stored bottom-up; readRow(fileRow, out)
+// gives the layout.rowBytes bytes of a row and may fail.
+template <typename ReadRow>
+bool DecodeRows(const BmpLayout& layout, const PaletteLuma& palette, ReadRow readRow,
+                std::vector<uint8_t>& out) {
   const std::size_t uw = static_cast<std::size_t>(layout.width);
   const std::size_t uh = static_cast<std::size_t>(layout.height);
-  std::vector<uint8_t> out(uw * uh);
+  out.assign(uw * uh, 0);
   for (std::size_t fileRow = 0; fileRow < uh; ++fileRow) {
-    const uint8_t* src = data + layout.dataOffset + fileRow * layout.stride;
-    uint8_t* dst = out.data() + (uh - 1 - fileRow) * uw;  // rows are stored bottom-up
-    switch (layout.bits) {
-      case 24:
-        for (std::size_t x = 0; x < uw; ++x)
-          dst[x] = Luma(src[x * 3 + 2], src[x * 3 + 1], src[x * 3]);
-        break;
-      case 8:
-        for (std::size_t x = 0; x < uw; ++x) dst[x] = paletteLuma[src[x]];
-        break;
-      case 4:
-        for (std::size_t x = 0; x < uw; ++x) {
-          const uint8_t byte = src[x / 2];
-          dst[x] = paletteLuma[(x % 2 == 0) ? (byte >> 4) : (byte & 0x0F)];
-        }
-        break;
-      default:
-        for (std::size_t x = 0; x < uw; ++x) dst[x] = paletteLuma[(src[x / 8] >> (7 - x % 8)) & 1];
-        break;
-    }
+    const uint8_t* src = readRow(fileRow);
+    if (!src) return false;
+    DecodeRow(src, layout, palette, out.data() + (uh - 1 - fileRow) * uw);
   }
-  return out;
+  return true;
 }
 
 struct FileCloser {
@@ -139,12 +158,16 @@ int Picture::LoadBitmapBytes(const uint8_t* data, std::size_t size) {
   BmpLayout layout;
   if (data == nullptr || size < kHeadersSize || !ReadLayout(data, layout)) return -1;
   if (size < layout.needed) return -1;
-  pixels = Decode(data, layout);
+  const PaletteLuma palette = PaletteLumaOf(data + kHeadersSize, layout);
+  DecodeRows(
+      layout, palette,
+      [&](std::size_t row) { return data + layout.dataOffset + row * layout.stride; }, pixels);
   width = layout.width;
   height = layout.height;
   return 0;
 }
 
+// Rows are read one at a time, so that loading never holds more than the picture and a row.
 int Picture::LoadBitmapFile(const char* name) {
   FreePixels();
   if (name == nullptr || name[0] == '\0') return -1;
@@ -158,12 +181,25 @@ int Picture::LoadBitmapFile(const char* name) {
   if (std::fseek(file.get(), 0, SEEK_END) != 0) return -1;
   const long fileSize = std::ftell(file.get());
   if (fileSize < 0 || static_cast<unsigned long>(fileSize) < layout.needed) return -1;
-  if (std::fseek(file.get(), static_cast<long>(sizeof head), SEEK_SET) != 0) return -1;
-  std::vector<uint8_t> bytes(layout.needed);
-  std::copy(head, head + sizeof head, bytes.begin());
-  const std::size_t rest = bytes.size() - sizeof head;
-  if (std::fread(bytes.data() + sizeof head, 1, rest, file.get()) != rest) return -1;
-  return LoadBitmapBytes(bytes.data(), bytes.size());
+  std::vector<uint8_t> entries(layout.paletteEntries * 4);
+  if (std::fseek(file.get(), static_cast<long>(sizeof head), SEEK_SET) != 0 ||
+      std::fread(entries.data(), 1, entries.size(), file.get()) != entries.size() ||
+      std::fseek(file.get(), static_cast<long>(layout.dataOffset), SEEK_SET) != 0) {
+    return -1;
+  }
+  std::vector<uint8_t> row(layout.stride);
+  const auto readRow = [&](std::size_t fileRow) -> const uint8_t* {
+    // The last row's padding need not be in the file.
+    const bool last = fileRow + 1 == static_cast<std::size_t>(layout.height);
+    const std::size_t bytes = last ? layout.rowBytes : layout.stride;
+    return std::fread(row.data(), 1, bytes, file.get()) == bytes ? row.data() : nullptr;
+  };
+  std::vector<uint8_t> decoded;
+  if (!DecodeRows(layout, PaletteLumaOf(entries.data(), layout), readRow, decoded)) return -1;
+  pixels = std::move(decoded);
+  width = layout.width;
+  height = layout.height;
+  return 0;
 }
 
 }  // namespace korvalin

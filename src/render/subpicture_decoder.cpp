@@ -46,7 +46,7 @@ bool IsFirstPack(const Pack& p) {
 }  // namespace
 
 int ReadSubpicture(Picture& picture, int32_t& duration, int64_t offset, StdFile& file,
-                   const LumaPalette& palette) {
+                   const LumaPalette& palette, SubpictureArea area) {
   duration = 0;
   picture.FreePixels();
   if (offset < 0 || offset >= kLargestOffset) return -1;
@@ -80,7 +80,8 @@ int ReadSubpicture(Picture& picture, int32_t& duration, int64_t offset, StdFile&
     if (pack[at] != substream) continue;
     append(at + 1);
   }
-  return DecodeSubpictureUnit(unit.data(), unit.size(), controlOffset, palette, picture, duration);
+  return DecodeSubpictureUnit(unit.data(), unit.size(), controlOffset, palette, picture, duration,
+                              area);
 }
 
 }  // namespace korvalin

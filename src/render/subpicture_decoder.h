@@ -19,6 +19,12 @@ struct LumaPalette {
 // Size of one MPEG-2 program stream pack of a VobSub ".sub" file.
 inline constexpr std::size_t kSubpicturePackSize = 2048;
 
+// How much of a unit's display area a decoded picture holds: all of it, or only the smallest
+// rectangle holding its visible pixels, exactly as Picture::CropToContent would cut it. The
+// latter never makes the whole area: its time and memory follow the unit's codes and that
+// rectangle, so a tiny unit declaring a 4096 x 4096 area costs nothing much.
+enum class SubpictureArea { kWhole, kVisible };
+
 // ReadSubpicture: reads the DVD subpicture unit whose first pack begins at
 // offset in file, assembles it across packs (packs of other streams skipped), runs its
 // control commands and decodes its interlaced run-length-coded pixels into picture (one
@@ -32,13 +38,14 @@ inline constexpr std::size_t kSubpicturePackSize = 2048;
 // the unit's end ends the decoding, a display area whose end lies before its start leaves
 // the picture empty.
 int ReadSubpicture(Picture& picture, int32_t& duration, int64_t offset, StdFile& file,
-                   const LumaPalette& palette);
+                   const LumaPalette& palette, SubpictureArea area = SubpictureArea::kWhole);
 
 // Decodes an assembled unit: unit holds the unit from its fifth byte on (unit
 // offset o at position o - 4), controlOffset is the unit header's control offset,
 // used as a buffer position (the first command of the first control sequence).
 // Returns 0 or -1 as ReadSubpicture.
 int DecodeSubpictureUnit(const uint8_t* unit, std::size_t size, uint32_t controlOffset,
-                         const LumaPalette& palette, Picture& picture, int32_t& duration);
+                         const LumaPalette& palette, Picture& picture, int32_t& duration,
+                         SubpictureArea area = SubpictureArea::kWhole);
 
 }  // namespace korvalin

@@ -2,7 +2,9 @@
 // its interlaced run-length-coded pixel data. Every read is checked against the unit's
 // size and every write against the picture's.
 #include <algorithm>
+#include <climits>
 #include <cstdint>
+#include <vector>
 
 #include "render/subpicture_decoder.h"
 
@@ -118,17 +120,19 @@ Code ReadCode(NibbleReader& reader, uint32_t& code) {
   return code >= 0x100 ? Code::Run : Code::EndOfRow;
 }
 
-void DecodePixels(const uint8_t* unit, std::size_t size, int64_t controlPosition,
-                  const DisplayControl& ctl, const LumaPalette& palette, Picture& picture) {
+// Walks the interlaced rows of the pixel data and hands every visible run to
+// onRun(y, x, length, luma); transparent runs are only stepped over. The work follows the
+// codes read, whatever the width and height.
+template <typename OnRun>
+void WalkVisibleRuns(const uint8_t* unit, std::size_t size, int64_t controlPosition,
+                     const DisplayControl& ctl, const LumaPalette& palette, OnRun onRun) {
   uint8_t value[4];
   for (int p = 0; p < 4; ++p) value[p] = ctl.contrast[p] > 3 ? palette.luma[ctl.colour[p]] : 0;
   NibbleReader fields[2] = {NibbleReader(unit, size, ctl.fieldOffset[0]),
                             NibbleReader(unit, size, ctl.fieldOffset[1])};
-  const int32_t width = picture.width;
-  for (int32_t y = 0; y < picture.height; ++y) {
+  const int32_t width = ctl.width;
+  for (int32_t y = 0; y < ctl.height; ++y) {
     NibbleReader& reader = fields[y & 1];
-    uint8_t* row =
-        picture.pixels.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
     int32_t x = 0;
     while (x < width) {
       if (fields[0].BytePosition() >= controlPosition ||
@@ -142,19 +146,39 @@ void DecodePixels(const uint8_t* unit, std::size_t size, int64_t controlPosition
       const int32_t run =
           static_cast<int32_t>(std::min<uint32_t>(code >> 2, static_cast<uint32_t>(width - x)));
       const uint8_t v = value[code & 3];
-      if (v != 0) {
-        for (int32_t i = 0; i < run; ++i) row[x + i] = v;
-      }
+      if (v != 0 && run > 0) onRun(y, x, run, v);
       x += run;
     }
     reader.AlignToByte();
   }
 }
 
+struct VisibleRun {
+  int32_t y, x, length;
+  uint8_t luma;
+};
+
+// The smallest rectangle holding every visible run; right < 0 when there is none.
+struct VisibleBounds {
+  int32_t left = INT32_MAX, right = -1, top = INT32_MAX, bottom = -1;
+};
+
+VisibleBounds BoundsOf(const std::vector<VisibleRun>& runs) {
+  VisibleBounds b;
+  for (const VisibleRun& run : runs) {
+    b.left = std::min(b.left, run.x);
+    b.right = std::max(b.right, run.x + run.length - 1);
+    b.top = std::min(b.top, run.y);
+    b.bottom = std::max(b.bottom, run.y);
+  }
+  return b;
+}
+
 }  // namespace
 
 int DecodeSubpictureUnit(const uint8_t* unit, std::size_t size, uint32_t controlOffset,
-                         const LumaPalette& palette, Picture& picture, int32_t& duration) {
+                         const LumaPalette& palette, Picture& picture, int32_t& duration,
+                         SubpictureArea area) {
   picture.FreePixels();
   // The control offset is used as a buffer position: the commands start
   // there (the first command of the first sequence, after its delay and next offset), and
@@ -166,8 +190,25 @@ int DecodeSubpictureUnit(const uint8_t* unit, std::size_t size, uint32_t control
   }
   // A display area whose end lies before its start leaves the picture empty.
   if (ctl.width < 1 || ctl.height < 1) return 0;
-  picture = Picture(ctl.width, ctl.height);
-  DecodePixels(unit, size, static_cast<int64_t>(controlPosition), ctl, palette, picture);
+  // The runs are gathered first (at most four per byte of the unit: two per field), so that
+  // only the rectangle they cover is ever made.
+  std::vector<VisibleRun> runs;
+  WalkVisibleRuns(unit, size, static_cast<int64_t>(controlPosition), ctl, palette,
+                  [&runs](int32_t y, int32_t x, int32_t length, uint8_t luma) {
+                    runs.push_back({y, x, length, luma});
+                  });
+  VisibleBounds b{0, ctl.width - 1, 0, ctl.height - 1};
+  if (area == SubpictureArea::kVisible) {
+    b = BoundsOf(runs);
+    if (b.right < 0) return 0;  // nothing visible: an empty picture, as cropping gives
+  }
+  picture = Picture(b.right - b.left + 1, b.bottom - b.top + 1);
+  const auto stride = static_cast<std::size_t>(picture.width);
+  for (const VisibleRun& run : runs) {  // each inside b
+    uint8_t* row = picture.pixels.data() + static_cast<std::size_t>(run.y - b.top) * stride +
+                   static_cast<std::size_t>(run.x - b.left);
+    std::fill(row, row + run.length, run.luma);
+  }
   return 0;
 }
 

@@ -10,6 +10,7 @@
 #include "render/overlay_conversion.h"
 #include "render/overlay_placement.h"
 #include "render/picture.h"
+#include "render/subrip_markup.h"
 
 namespace korvalin {
 namespace {
@@ -42,10 +43,10 @@ uint8_t Tint(uint8_t value, uint32_t colour, int shift) {
 }  // namespace
 
 TextRenderer::TextRenderer(int32_t surfaceWidth, int32_t surfaceHeight)
-    : surfaceWidth_(std::clamp(surfaceWidth, 0, kMaxSurfaceSide)),
-      surfaceHeight_(std::clamp(surfaceHeight, 0, kMaxSurfaceSide)),
-      surface_(static_cast<size_t>(surfaceWidth_) * surfaceHeight_),
-      converted_(static_cast<size_t>(surfaceWidth_) * surfaceHeight_ * 4) {
+    : base_{std::clamp(surfaceWidth, 0, kMaxSurfaceSide),
+            std::clamp(surfaceHeight, 0, kMaxSurfaceSide)},
+      surfaceWidth_(base_.width),
+      surfaceHeight_(base_.height) {
   SetStyle("Arial", 0, 30, 500, 1, 0xFFFFFF, 1);
 }
 
@@ -67,49 +68,70 @@ int TextRenderer::SetStyle(const char* face, int32_t charset, int32_t size, int3
 
 int TextRenderer::EnsureFont(int32_t drawingWidth) {
   const int32_t height = CellHeightFor(size_, drawingWidth);
-  if (font_ && height == fontHeight_ && !fontDirty_) return 0;
+  if (fonts_ && height == fontHeight_ && !fontDirty_) return 0;
   fontDirty_ = false;
   fontHeight_ = height;
-  font_ = platform::TextFont::Create(face_.c_str(), weight_, height);
-  return font_ ? 0 : -1;
+  fonts_ = platform::TextFontSet::Create(face_.c_str(), weight_, height);
+  return fonts_ ? 0 : -1;
+}
+
+void TextRenderer::UseSurfaceFor(int32_t drawingWidth) {
+  const SurfaceSize size = SurfaceForDrawingWidth(base_, drawingWidth);
+  surfaceWidth_ = size.width;
+  surfaceHeight_ = size.height;
+}
+
+// Takes memory for the image's rows (kept for later images, so it only ever grows to the
+// largest image drawn) and fills them whole, so a column added to make the width even
+// holds the fill too.
+void TextRenderer::StartImage(int32_t width, int32_t height) {
+  imageWidth_ = width;
+  imageHeight_ = height;
+  const size_t words = static_cast<size_t>(surfaceWidth_) * height;
+  if (pixels_.size() < words) pixels_.resize(words);
+  if (converted_.size() < words * 4) converted_.resize(words * 4);
+  std::fill_n(pixels_.begin(), words, transparent_ != 0 ? 0 : kBoxFill);
 }
 
 platform::SurfaceView TextRenderer::Surface() {
-  if (surface_.empty()) return {};
-  const std::ptrdiff_t stride = std::ptrdiff_t{surfaceWidth_} * 4;
-  auto* top = reinterpret_cast<uint8_t*>(surface_.data()) + (surfaceHeight_ - 1) * stride;
-  return {top, -stride, surfaceWidth_, surfaceHeight_};
+  if (pixels_.empty()) return {};
+  return {reinterpret_cast<uint8_t*>(pixels_.data()), std::ptrdiff_t{surfaceWidth_} * 4,
+          surfaceWidth_, imageHeight_};
 }
 
-// Whole surface rows, so a column added to make the width even holds the fill too.
-void TextRenderer::FillImageRows(int32_t height) {
-  const uint32_t fill = transparent_ != 0 ? 0 : kBoxFill;
-  const platform::SurfaceView surface = Surface();
-  for (int32_t y = 0; y < height; ++y) std::fill_n(surface.Row(y), surfaceWidth_, fill);
+// The text read in the style's code page, or as UTF-8, with its markup applied. A colour run
+// of black is drawn dark, like a black style, so that it stays opaque.
+platform::StyledText TextRenderer::StyledTextOf(const char* text, TextMarkup markup) const {
+  std::u32string unicode = platform::DecodeSubtitleText(text != nullptr ? text : "",
+                                                        platform::CodePageOfCharset(charset_));
+  if (markup != TextMarkup::SubRip) return {std::move(unicode), {}};
+  platform::StyledText styled = ParseSubRipMarkup(unicode);
+  for (platform::TextRun& run : styled.runs) {
+    if (run.style.colour == 0u) run.style.colour = kDarkPixel;
+  }
+  return styled;
 }
 
-int TextRenderer::RenderText(const char* text, int32_t drawingWidth) {
+int TextRenderer::RenderText(const char* text, int32_t drawingWidth, TextMarkup markup) {
   const int64_t maxWidth = (int64_t{drawingWidth} * 92 / 100) & ~int64_t{1};
   if (maxWidth < 2) return -1;
   if (EnsureFont(drawingWidth) != 0) return -1;
-  const std::u32string unicode = platform::DecodeSubtitleText(
-      text != nullptr ? text : "", platform::CodePageOfCharset(charset_));
+  const platform::StyledText styled = StyledTextOf(text, markup);
 
   platform::TextFormat format{TextAlignOf(alignment_), false};
-  platform::TextExtent extent = platform::MeasureText(*font_, unicode, format, 0);
+  platform::TextExtent extent = platform::MeasureText(*fonts_, styled, format, 0);
   int64_t width = MadeEven(extent.width + 2);
   if (width > maxWidth) {
     format.wordBreak = true;
     const auto wrapWidth = static_cast<int32_t>(std::min<int64_t>(maxWidth - 2, INT32_MAX));
-    extent = platform::MeasureText(*font_, unicode, format, wrapWidth);
+    extent = platform::MeasureText(*fonts_, styled, format, wrapWidth);
     width = MadeEven(extent.width + 2);
   }
-  imageWidth_ = static_cast<int32_t>(std::min<int64_t>(width, surfaceWidth_));
-  imageHeight_ = std::min(extent.height + 2, surfaceHeight_);
-
-  FillImageRows(imageHeight_);
+  UseSurfaceFor(drawingWidth);
+  StartImage(static_cast<int32_t>(std::min<int64_t>(width, surfaceWidth_)),
+             std::min(extent.height + 2, surfaceHeight_));
   const platform::SurfaceView surface = Surface();
-  platform::DrawText(*font_, unicode, format, {1, 1, imageWidth_ - 1, imageHeight_ - 1}, colour_,
+  platform::DrawText(*fonts_, styled, format, {1, 1, imageWidth_ - 1, imageHeight_ - 1}, colour_,
                      surface);
   if (transparent_ != 0) OutlineGlyphs(surface, imageWidth_, imageHeight_);
   return 0;
@@ -117,11 +139,10 @@ int TextRenderer::RenderText(const char* text, int32_t drawingWidth) {
 
 int TextRenderer::RenderPicture(const Picture& picture, int32_t drawingWidth) {
   EnsureFont(drawingWidth);  // made as for text, though a picture needs none
+  UseSurfaceFor(drawingWidth);
   const int32_t width = std::clamp(picture.width, 0, surfaceWidth_);
   const int32_t height = std::clamp(picture.height, 0, surfaceHeight_);
-  imageWidth_ = width;
-  imageHeight_ = height;
-  FillImageRows(height);
+  StartImage(width, height);
   const platform::SurfaceView surface = Surface();
   for (int32_t y = 0; y < height; ++y) {
     uint32_t* row = surface.Row(y);
@@ -151,7 +172,7 @@ uint32_t* TextRenderer::ImageRow(int32_t y) {
 
 const uint8_t* TextRenderer::ConvertedRow(int32_t y) const {
   if (y < 0 || y >= imageHeight_) return nullptr;
-  return converted_.data() + static_cast<size_t>(surfaceHeight_ - y - 1) * surfaceWidth_ * 4;
+  return converted_.data() + static_cast<size_t>(y) * surfaceWidth_ * 4;
 }
 
 int TextRenderer::ConvertTo(PixelMode mode) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <unordered_set>
 
 #include "base/number_scan.h"
 
@@ -36,6 +37,29 @@ std::size_t FindNoCase(std::string_view text, std::string_view needle, std::size
   return found == text.end() ? std::string_view::npos
                              : static_cast<std::size_t>(found - text.begin());
 }
+
+// Finds a closing text ("-->", "</style") for openers met in file order. A search is repeated
+// only once the scan has passed what it found, so a file of openers without closers costs one
+// pass over the text, not one per opener.
+class CloserFinder {
+ public:
+  CloserFinder(std::string_view text, std::string_view closer) : text_(text), closer_(closer) {}
+
+  // The first occurrence at or after from (which never decreases between calls), or npos.
+  std::size_t Next(std::size_t from) {
+    if (!searched_ || (found_ != std::string_view::npos && found_ < from)) {
+      found_ = FindNoCase(text_, closer_, std::min(from, text_.size()));
+      searched_ = true;
+    }
+    return found_;
+  }
+
+ private:
+  std::string_view text_;
+  std::string_view closer_;
+  std::size_t found_ = std::string_view::npos;
+  bool searched_ = false;
+};
 
 // A tag as written from "<" to ">": its lower-case name ("/p" for a closing tag) and text.
 struct Tag {
@@ -153,10 +177,7 @@ class SamiBuilder {
     paragraph_.classKey = LowerAscii(className);
     paragraph_.markup.clear();
     paragraphTag_ = tag.text;
-    if (paragraph_.classKey.empty()) return;
-    for (const SamiClass& used : document_.usedClasses) {
-      if (used.key == paragraph_.classKey) return;
-    }
+    if (paragraph_.classKey.empty() || !usedKeys_.insert(paragraph_.classKey).second) return;
     document_.usedClasses.push_back({paragraph_.classKey, className});
   }
 
@@ -169,6 +190,7 @@ class SamiBuilder {
   }
 
   SamiDocument document_;
+  std::unordered_set<std::string> usedKeys_;  // of document_.usedClasses
   SamiSync sync_;
   std::string syncContent_;
   SamiParagraph paragraph_;
@@ -178,53 +200,74 @@ class SamiBuilder {
   bool afterBreak_ = false;  // white space that follows a <br> is dropped
 };
 
+// Walks the file's text, tags and declarations in order, handing them to the builder.
+class SamiScanner {
+ public:
+  explicit SamiScanner(std::string_view bytes)
+      : bytes_(bytes), commentEnds_(bytes, "-->"), styleEnds_(bytes, "</style") {}
+
+  SamiDocument Scan();
+
+ private:
+  std::size_t SkipDeclaration(std::size_t pos);
+  std::size_t ReadStyle(std::size_t pos);
+
+  std::string_view bytes_;
+  CloserFinder commentEnds_;
+  CloserFinder styleEnds_;
+  SamiBuilder builder_;
+};
+
 // End of the comment or declaration at pos ("<!--" to "-->", "<!" or "<?" to ">"). An
 // unterminated comment ends at the next ">" rather than swallowing the file.
-std::size_t SkipDeclaration(std::string_view bytes, std::size_t pos) {
-  if (bytes.compare(pos, 4, "<!--") == 0) {
-    const std::size_t end = bytes.find("-->", pos + 4);
+std::size_t SamiScanner::SkipDeclaration(std::size_t pos) {
+  if (bytes_.compare(pos, 4, "<!--") == 0) {
+    const std::size_t end = commentEnds_.Next(pos + 4);
     if (end != std::string_view::npos) return end + 3;
   }
-  const std::size_t close = bytes.find('>', pos);
-  return close == std::string_view::npos ? bytes.size() : close + 1;
+  const std::size_t close = bytes_.find('>', pos);
+  return close == std::string_view::npos ? bytes_.size() : close + 1;
 }
 
 // After a STYLE tag ending at pos: its CSS goes to the builder and the scan resumes after
 // "</STYLE>". Without a closing tag the block is ignored.
-std::size_t ReadStyle(std::string_view bytes, std::size_t pos, SamiBuilder& builder) {
-  const std::size_t close = FindNoCase(bytes, "</style", pos);
+std::size_t SamiScanner::ReadStyle(std::size_t pos) {
+  const std::size_t close = styleEnds_.Next(pos);
   if (close == std::string_view::npos) return pos;
-  builder.OnStyle(bytes.substr(pos, close - pos));
-  const std::size_t end = bytes.find('>', close);
-  return end == std::string_view::npos ? bytes.size() : end + 1;
+  builder_.OnStyle(bytes_.substr(pos, close - pos));
+  const std::size_t end = bytes_.find('>', close);
+  return end == std::string_view::npos ? bytes_.size() : end + 1;
+}
+
+SamiDocument SamiScanner::Scan() {
+  std::size_t pos = 0;
+  while (pos < bytes_.size()) {
+    const std::size_t open = std::min(bytes_.find('<', pos), bytes_.size());
+    builder_.OnText(bytes_.substr(pos, open - pos));
+    if (open == bytes_.size()) break;
+    const char next = open + 1 < bytes_.size() ? bytes_[open + 1] : '\0';
+    const char afterSlash = open + 2 < bytes_.size() ? bytes_[open + 2] : '\0';
+    if (next == '!' || next == '?') {
+      pos = SkipDeclaration(open);
+    } else if (IsLetter(next) || (next == '/' && IsLetter(afterSlash))) {
+      const std::size_t close = bytes_.find('>', open);
+      if (close == std::string_view::npos) break;  // a tag cut off by the end is dropped
+      const Tag tag = MakeTag(bytes_.substr(open, close - open + 1));
+      builder_.OnTag(tag);
+      pos = close + 1;
+      if (tag.name == "style") pos = ReadStyle(pos);
+    } else {
+      builder_.OnText("<");  // a lone "<" in the text
+      pos = open + 1;
+    }
+  }
+  return builder_.Finish();
 }
 
 }  // namespace
 
 SamiDocument ReadSamiDocument(std::string_view bytes) {
-  SamiBuilder builder;
-  std::size_t pos = 0;
-  while (pos < bytes.size()) {
-    const std::size_t open = std::min(bytes.find('<', pos), bytes.size());
-    builder.OnText(bytes.substr(pos, open - pos));
-    if (open == bytes.size()) break;
-    const char next = open + 1 < bytes.size() ? bytes[open + 1] : '\0';
-    const char afterSlash = open + 2 < bytes.size() ? bytes[open + 2] : '\0';
-    if (next == '!' || next == '?') {
-      pos = SkipDeclaration(bytes, open);
-    } else if (IsLetter(next) || (next == '/' && IsLetter(afterSlash))) {
-      const std::size_t close = bytes.find('>', open);
-      if (close == std::string_view::npos) break;  // a tag cut off by the end is dropped
-      const Tag tag = MakeTag(bytes.substr(open, close - open + 1));
-      builder.OnTag(tag);
-      pos = close + 1;
-      if (tag.name == "style") pos = ReadStyle(bytes, pos, builder);
-    } else {
-      builder.OnText("<");  // a lone "<" in the text
-      pos = open + 1;
-    }
-  }
-  return builder.Finish();
+  return SamiScanner(bytes).Scan();
 }
 
 }  // namespace korvalin

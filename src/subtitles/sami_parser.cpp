@@ -1,65 +1,39 @@
 #include "subtitles/sami_parser.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
+#include <string_view>
+#include <unordered_set>
 
 #include "platform/code_page.h"
 #include "subtitles/sami_utf8_references.h"
 #include "subtitles/subtitle_entry.h"
+#include "subtitles/subtitle_file.h"
+#include "text/wide_text.h"
 
 namespace korvalin {
 namespace {
 
 constexpr int64_t kUnitsPerMs = 10000;
-constexpr std::string_view kUtf8Bom = "\xEF\xBB\xBF";
-constexpr std::string_view kUtf16LeBom = "\xFF\xFE";
-constexpr std::string_view kUtf16BeBom = "\xFE\xFF";
 
-// UTF-16 text (after its byte order mark) as UTF-8; unpaired surrogates become U+FFFD.
-std::string Utf16ToUtf8(std::string_view bytes, bool bigEndian) {
-  std::u32string text;
-  auto unitAt = [&](std::size_t i) {
-    const auto first = static_cast<unsigned char>(bytes[i]);
-    const auto second = static_cast<unsigned char>(bytes[i + 1]);
-    return static_cast<char32_t>(bigEndian ? (first << 8) | second : (second << 8) | first);
-  };
-  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-    char32_t unit = unitAt(i);
-    if (unit >= 0xD800 && unit < 0xDC00 && i + 3 < bytes.size()) {
-      const char32_t low = unitAt(i + 2);
-      if (low >= 0xDC00 && low < 0xE000) {
-        unit = 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
-        i += 2;
-      }
-    }
-    text.push_back(unit);
-  }
-  return platform::EncodeUtf8(text);
-}
-
-const SamiClass* FindClass(const std::vector<SamiClass>& classes, const std::string& key) {
-  for (const SamiClass& known : classes) {
-    if (known.key == key) return &known;
-  }
-  return nullptr;
+std::unordered_set<std::string_view> KeysOf(const std::vector<SamiClass>& classes) {
+  std::unordered_set<std::string_view> keys;
+  for (const SamiClass& c : classes) keys.insert(c.key);
+  return keys;
 }
 
 }  // namespace
 
 bool SamiParser::Load(const char* path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return false;
-  const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  return !file.bad() && Parse(bytes);
+  std::string bytes;
+  return ReadSubtitleText(path, &bytes) && Parse(bytes);
 }
 
 bool SamiParser::Parse(std::string_view bytes) {
-  if (bytes.substr(0, kUtf8Bom.size()) == kUtf8Bom) bytes.remove_prefix(kUtf8Bom.size());
+  const ByteOrderMark mark = FindByteOrderMark(bytes);
+  bytes.remove_prefix(mark.length);
   std::string converted;
-  for (std::string_view bom : {kUtf16LeBom, kUtf16BeBom}) {
-    if (bytes.substr(0, bom.size()) != bom) continue;
-    converted = Utf16ToUtf8(bytes.substr(bom.size()), bom == kUtf16BeBom);
+  if (IsWideEncoding(mark.encoding)) {
+    converted = WideTextToUtf8(bytes, mark.encoding);
     bytes = converted;
   }
   SamiDocument document = ReadSamiDocument(bytes);
@@ -72,11 +46,13 @@ bool SamiParser::Parse(std::string_view bytes) {
 
 void SamiParser::BuildStreams(const SamiDocument& document) {
   streams_.clear();
-  for (const SamiClass& declared : document.classes) {
-    if (FindClass(document.usedClasses, declared.key)) streams_.push_back(declared);
+  const std::unordered_set<std::string_view> used = KeysOf(document.usedClasses);
+  const std::unordered_set<std::string_view> declared = KeysOf(document.classes);
+  for (const SamiClass& c : document.classes) {
+    if (used.contains(c.key)) streams_.push_back(c);
   }
-  for (const SamiClass& used : document.usedClasses) {
-    if (!FindClass(document.classes, used.key)) streams_.push_back(used);
+  for (const SamiClass& c : document.usedClasses) {
+    if (!declared.contains(c.key)) streams_.push_back(c);
   }
 }
 

@@ -33,7 +33,7 @@ class SamiParser {
   // Reads the file's bytes. False when it cannot be read or holds no SAMI or SYNC tag.
   bool Load(const char* path);
   // The same on a file's content: in the system code page or UTF-8 (a byte order mark is
-  // skipped), or UTF-16 with its byte order mark, read as UTF-8.
+  // skipped), or UTF-16 or UTF-32 with its byte order mark, read as UTF-8.
   bool Parse(std::string_view bytes);
 
   std::size_t StreamCount() const { return streams_.size(); }

@@ -1,6 +1,7 @@
 #include "subtitles/sami_style_sheet.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace korvalin {
 namespace {
@@ -71,16 +72,26 @@ std::string_view PropertyValue(std::string_view block, std::string_view property
   return {};
 }
 
-void AddClass(std::string_view className, std::string_view block, std::vector<SamiClass>& classes) {
-  const std::string key = LowerAscii(className);
-  for (const SamiClass& known : classes) {
-    if (known.key == key) return;  // the first rule of a class names it
-  }
-  std::string_view name = PropertyValue(block, "name");
-  if (name.empty()) name = PropertyValue(block, "lang");
-  if (name.empty()) name = className;
-  classes.push_back({key, std::string(name)});
+// The stream name a rule gives its classes: its Name, else its lang; empty when neither.
+std::string_view RuleName(std::string_view block) {
+  const std::string_view name = PropertyValue(block, "name");
+  return name.empty() ? PropertyValue(block, "lang") : name;
 }
+
+// The classes in order of first appearance, each once: the first rule of a class names it.
+class ClassList {
+ public:
+  void Add(std::string_view className, std::string_view ruleName) {
+    std::string key = LowerAscii(className);
+    if (!keys_.insert(key).second) return;
+    classes_.push_back({std::move(key), std::string(ruleName.empty() ? className : ruleName)});
+  }
+  std::vector<SamiClass> Take() { return std::move(classes_); }
+
+ private:
+  std::vector<SamiClass> classes_;
+  std::unordered_set<std::string> keys_;
+};
 
 }  // namespace
 
@@ -94,24 +105,24 @@ std::string LowerAscii(std::string_view text) {
 
 std::vector<SamiClass> ReadSamiClasses(std::string_view css) {
   const std::string text = WithoutComments(css);
-  std::vector<SamiClass> classes;
+  ClassList classes;
   std::size_t cursor = 0;
   while (cursor < text.size()) {
     const std::size_t open = text.find('{', cursor);
     if (open == std::string::npos) break;
     const std::size_t close = std::min(text.find('}', open + 1), text.size());
     const std::string_view selectors(text.data() + cursor, open - cursor);
-    const std::string_view block(text.data() + open + 1, close - open - 1);
+    const std::string_view ruleName = RuleName({text.data() + open + 1, close - open - 1});
     std::size_t start = 0;
     while (start <= selectors.size()) {
       const std::size_t comma = std::min(selectors.find(',', start), selectors.size());
       const std::string_view className = SelectorClass(selectors.substr(start, comma - start));
-      if (!className.empty()) AddClass(className, block, classes);
+      if (!className.empty()) classes.Add(className, ruleName);
       start = comma + 1;
     }
     cursor = close + 1;
   }
-  return classes;
+  return classes.Take();
 }
 
 }  // namespace korvalin

@@ -23,11 +23,10 @@ constexpr uint32_t kCodeLimit = 65536;
 
 // The character of the "&#" reference at the start of text, and the reference's length; 0
 // when text starts with no such reference or it names ASCII, a surrogate or nothing. The
-// reference is read as the entity decoding reads it: up to the next ";" or the end, by its
-// leading digits.
-std::size_t NumericReference(std::string_view text, char32_t* character) {
+// reference is read as the entity decoding reads it: up to the next ";" (at semicolon in
+// text, npos when none follows) or the end, by its leading digits.
+std::size_t NumericReference(std::string_view text, std::size_t semicolon, char32_t* character) {
   if (text.substr(0, 2) != "&#") return 0;
-  const std::size_t semicolon = text.find(';', 2);
   const std::size_t length = semicolon == std::string_view::npos ? text.size() : semicolon + 1;
   uint32_t code = 0;
   for (std::size_t i = 2; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
@@ -58,11 +57,20 @@ std::string ReferencesAsUtf8(std::string_view markup) {
   std::string out;
   out.reserve(markup.size());
   std::size_t i = 0;
+  // The first ";" after the current "&#", found again only once passed: a caption of "&#"
+  // without any ";" is then read in one pass.
+  std::size_t semicolon = 0;
   while (i < markup.size()) {
     char32_t character = 0;
     const std::string_view rest = markup.substr(i);
     std::size_t length = 0;
-    if (markup[i] == '&') length = NumericReference(rest, &character);
+    if (markup[i] == '&') {
+      if (semicolon != std::string_view::npos && semicolon < i + 2) {
+        semicolon = markup.find(';', i + 2);
+      }
+      length = NumericReference(
+          rest, semicolon == std::string_view::npos ? semicolon : semicolon - i, &character);
+    }
     if (markup[i] == '&' && length == 0) length = NamedReference(rest, &character);
     if (length == 0) {
       out.push_back(markup[i++]);

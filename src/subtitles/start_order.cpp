@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <numeric>
 #include <vector>
 
@@ -31,6 +30,45 @@ class PositionCounter {
   std::size_t total_ = 0;
 };
 
+// The slots of a sequence of n, filled one by one (a Fenwick tree over free slots).
+class FreeSlots {
+ public:
+  explicit FreeSlots(std::size_t n) : tree_(n + 1, 0) {
+    for (std::size_t i = 1; i <= n; ++i) {
+      tree_[i] += 1;
+      const std::size_t parent = i + (i & (~i + 1));
+      if (parent <= n) tree_[parent] += tree_[i];
+    }
+    while (top_ * 2 <= n) top_ *= 2;
+  }
+  // Takes the free slot with rank free slots before it, and returns it.
+  std::size_t Take(std::size_t rank) {
+    std::size_t position = 0;
+    for (std::size_t step = top_; step > 0; step /= 2) {
+      if (position + step < tree_.size() && tree_[position + step] <= rank) {
+        position += step;
+        rank -= tree_[position];
+      }
+    }
+    for (std::size_t i = position + 1; i < tree_.size(); i += i & (~i + 1)) --tree_[i];
+    return position;
+  }
+
+ private:
+  std::vector<std::size_t> tree_;
+  std::size_t top_ = 1;
+};
+
+// The order a sequence ends in when item k was inserted at position at[k] of the first k
+// items: the last one inserted keeps its position, each earlier one takes the free slot its
+// position counts to. O(n log n), where inserting into an array would be O(n^2).
+std::vector<std::size_t> OrderAfterInsertions(const std::vector<std::size_t>& at) {
+  std::vector<std::size_t> order(at.size());
+  FreeSlots slots(at.size());
+  for (std::size_t k = at.size(); k-- > 0;) order[slots.Take(at[k])] = k;
+  return order;
+}
+
 }  // namespace
 
 // How the exchange sort orders equal starts. In its first pass the inner loop for position i
@@ -39,9 +77,11 @@ class PositionCounter {
 // start v and the entries below v, that pass turns out to do this to the v entries: walking
 // the original order, each v entry joins the back of a queue, and each entry below v met
 // after the first v entry moves the queue's front entry to its back. The queue is their final
-// order. Counting the smaller entries between two v entries (the counter below) and rotating
-// by that count modulo the queue's length costs O(n log n) plus at most
-// min(n, group size squared) per group of equal starts; an ordered file costs one linear check.
+// order. Counting the smaller entries between two v entries (the counter above) gives each
+// rotation at once. The queue is kept as a sequence read from a head position: a rotation
+// moves the head, joining the back inserts just before the head, and the insertions are
+// placed at the end (OrderAfterInsertions). O(n log n) in all; an ordered file costs one
+// linear check.
 void SortEntriesByStart(PtrArray<SubtitleEntry>& entries) {
   const std::size_t n = entries.Count();
   SubtitleEntry** slots = entries.begin();
@@ -57,22 +97,26 @@ void SortEntriesByStart(PtrArray<SubtitleEntry>& entries) {
   PositionCounter smaller(n);
   std::vector<SubtitleEntry*> result;
   result.reserve(n);
-  std::deque<SubtitleEntry*> queue;
+  std::vector<std::size_t> insertedAt;
   for (std::size_t first = 0; first < n;) {
     const int32_t start = slots[byStart[first]]->start;
     std::size_t end = first;
     while (end < n && slots[byStart[end]]->start == start) ++end;
+    insertedAt.clear();
+    std::size_t head = 0;
+    std::size_t below = smaller.Below(byStart[first]);  // smaller entries before entry k
     for (std::size_t k = first; k < end; ++k) {
-      queue.push_back(slots[byStart[k]]);
+      const std::size_t size = k - first + 1;
+      insertedAt.push_back(head);  // joins the back: just before the head
+      head = (head + 1) % size;
       const std::size_t next = k + 1 < end ? smaller.Below(byStart[k + 1]) : smaller.Total();
-      const std::size_t turns = (next - smaller.Below(byStart[k])) % queue.size();
-      for (std::size_t t = 0; t < turns; ++t) {
-        queue.push_back(queue.front());
-        queue.pop_front();
-      }
+      head = (head + (next - below) % size) % size;
+      below = next;
     }
-    result.insert(result.end(), queue.begin(), queue.end());
-    queue.clear();
+    const std::vector<std::size_t> order = OrderAfterInsertions(insertedAt);
+    for (std::size_t i = 0; i < order.size(); ++i) {
+      result.push_back(slots[byStart[first + order[(head + i) % order.size()]]]);
+    }
     for (std::size_t k = first; k < end; ++k) smaller.Mark(byStart[k]);
     first = end;
   }

@@ -1,9 +1,13 @@
 #include "subtitles/subtitle_discovery.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "platform/file_search.h"
 
@@ -15,7 +19,9 @@ constexpr const char* kExtensions[] = {".srt", ".sub", ".txt", ".smi", ".ssa",
 constexpr const char* kNameForms[] = {"", ".*", "-*"};
 constexpr const char* kSharedBaseName = "Subtitles";
 
-bool IsSeparator(char c) { return c == '/' || c == '\\'; }
+bool IsSeparator(char c) {
+  return c == '/' || c == '\\';
+}
 
 bool EndsWithSlash(const DynString& text) {
   return !text.IsEmpty() && text.c_str()[text.Length() - 1] == '/';
@@ -44,9 +50,9 @@ void SplitVideoPath(const char* path, DynString* folder, DynString* baseName) {
 }
 
 DynString WithSlashes(const char* text) {
-  DynString result(text ? text : "");
-  result.Replace("\\", "/", DynString::kReplaceAll);
-  return result;
+  std::string result(text ? text : "");
+  std::replace(result.begin(), result.end(), '\\', '/');
+  return DynString(result.c_str(), result.size());
 }
 
 // "~/" stands for the home folder; false when that cannot be known.
@@ -60,27 +66,60 @@ bool ExpandHome(DynString& element) {
   return true;
 }
 
-// Removes "/./" and folds "/../" into the folder before it; false when climbing above "/".
-bool Normalize(DynString& path) {
-  path.Replace("/./", "/", DynString::kReplaceAll);
-  int up = 0;
-  while ((up = path.Find("/../")) >= 0) {
-    int parent = up - 1;
-    while (parent >= 0 && path.c_str()[parent] != '/') --parent;
-    if (parent < 0) return false;
-    path = path.Left(parent).Concat(path.c_str() + up + 3);
+// Every "/./" as "/", left to right, the search going on after each match (so in "/././"
+// only the first is replaced).
+std::string WithoutCurrentFolders(std::string_view path) {
+  std::string out;
+  out.reserve(path.size());
+  for (std::size_t i = 0;;) {
+    const std::size_t found = path.find("/./", i);
+    out.append(path.substr(i, found == std::string_view::npos ? found : found - i));
+    if (found == std::string_view::npos) return out;
+    out.push_back('/');
+    i = found + 3;
   }
+}
+
+// Removes "/./" and folds each "/../" into the folder before it; false when climbing above
+// "/". Folding the first "/../" again and again gives the same as this one pass over the
+// folders: a ".." between two slashes drops the folder before it, except the text before the
+// first slash, which it cannot climb out of.
+bool Normalize(DynString& path) {
+  const std::string whole = WithoutCurrentFolders(path.c_str());
+  std::vector<std::string_view> kept;
+  for (std::size_t start = 0;;) {
+    const std::size_t slash = whole.find('/', start);
+    if (slash == std::string::npos) {
+      kept.emplace_back(whole.data() + start, whole.size() - start);
+      break;
+    }
+    const std::string_view folder(whole.data() + start, slash - start);
+    if (start > 0 && folder == "..") {
+      if (kept.size() < 2) return false;
+      kept.pop_back();
+    } else {
+      kept.push_back(folder);
+    }
+    start = slash + 1;
+  }
+  std::string joined;
+  for (std::size_t i = 0; i < kept.size(); ++i) {
+    if (i > 0) joined.push_back('/');
+    joined.append(kept[i]);
+  }
+  path.Assign(joined.c_str(), joined.size());
   return true;
 }
 
 // Keeps the first of byte-equal paths, in place.
 void RemoveDuplicates(OwningPtrArray<DynString>& files) {
+  std::unordered_set<std::string_view> seen;
   std::size_t kept = 0;
   DynString** slots = files.begin();
   for (std::size_t i = 0; i < files.Count(); ++i) {
-    bool seen = false;
-    for (std::size_t k = 0; k < kept && !seen; ++k) seen = *slots[k] == *slots[i];
-    if (!seen) std::swap(slots[kept++], slots[i]);
+    if (seen.insert(std::string_view(slots[i]->c_str(), slots[i]->Length())).second) {
+      std::swap(slots[kept++], slots[i]);
+    }
   }
   files.Shrink(kept);
 }
@@ -136,13 +175,12 @@ int FindSubtitleFiles(OwningPtrArray<DynString>& files, const char* searchPath,
   DynString videoFolder;
   DynString baseName;
   SplitVideoPath(videoPath, &videoFolder, &baseName);
-  const DynString path(searchPath ? searchPath : "");
-  int begin = 0;
+  const std::string_view path(searchPath ? searchPath : "");
+  std::size_t begin = 0;
   // An empty text after the last ";" is no element; every other text is one.
-  while (static_cast<std::size_t>(begin) < path.Length()) {
-    int end = path.Find(";", begin);
-    if (end < 0) end = static_cast<int>(path.Length());
-    const DynString element = path.Mid(begin, end - begin);
+  while (begin < path.size()) {
+    const std::size_t end = std::min(path.find(';', begin), path.size());
+    const std::string element(path.substr(begin, end - begin));
     DynString folder = ResolveDirectory(videoFolder.c_str(), element.c_str());
     if (!folder.IsEmpty()) {
       if (!baseName.IsEmpty()) AddCandidates(files, folder, baseName.c_str());

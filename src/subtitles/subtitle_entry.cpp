@@ -7,8 +7,7 @@ namespace korvalin {
 SubtitleEntry::SubtitleEntry(int32_t start, int32_t stop, const char* text)
     : start(start), stop(stop), kind(SubtitleEntryKind::Text), text(text ? text : "") {}
 
-SubtitleEntry::SubtitleEntry(int32_t start, int32_t stop,
-                             std::unique_ptr<Picture> picture)
+SubtitleEntry::SubtitleEntry(int32_t start, int32_t stop, std::shared_ptr<const Picture> picture)
     : start(start),
       stop(stop),
       kind(SubtitleEntryKind::Picture),

@@ -136,11 +136,18 @@ int32_t SubtitleTrack::UpdateForFrame(int32_t t1, int32_t t2, int32_t frameWidth
 // A track without a renderer cannot draw, which counts as a failed drawing.
 int32_t SubtitleTrack::Draw(const SubtitleEntry& entry, int32_t frameWidth) {
   if (!renderer_) return -1;
-  if (entry.kind == SubtitleEntryKind::Text) return renderer_->RenderText(entry.text.c_str(), frameWidth);
+  if (entry.kind == SubtitleEntryKind::Text) {
+    return renderer_->RenderText(entry.text.c_str(), frameWidth, textMarkup());
+  }
   if (entry.kind == SubtitleEntryKind::Picture && entry.picture) {
     return renderer_->RenderPicture(*entry.picture, frameWidth);
   }
   return -1;
+}
+
+// Only SubRip's tags are styles; every other format draws its text as it stands.
+TextMarkup SubtitleTrack::textMarkup() const {
+  return formatName == "SubRip" ? TextMarkup::SubRip : TextMarkup::None;
 }
 
 SubtitleInfo SubtitleTrack::GetInfo() const {

@@ -48,6 +48,8 @@ class SubtitleTrack {
   // -1 nothing to show, 0 drawn anew, 1 same entry as the previous frame.
   int32_t UpdateForFrame(int32_t t1, int32_t t2, int32_t frameWidth);
   SubtitleInfo GetInfo() const;
+  // The markup its text entries are drawn with, which the format decides.
+  TextMarkup textMarkup() const;
 
   SubtitleRenderer* renderer() const { return renderer_.get(); }
 

@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -100,6 +104,10 @@ TEST_F(RenderCliTest, StoredSettingsAndFramesOptionShapeTheOutput) {
 TEST_F(RenderCliTest, ErrorsExitWithStatusTwo) {
   const auto damaged = dir.Write("damaged.y4m", Clip(2).substr(0, 100000)).string();
   const auto notY4m = dir.Write("not.y4m", "RIFF0000AVI LIST").string();
+  const auto headerOnly = dir.Write("header.y4m", "YUV4MPEG2 W8192 H4320 F25:1\n").string();
+  const auto huge = dir.Write("huge.y4m", "YUV4MPEG2 W16384 H16384 F25:1\n").string();
+  const auto slow =
+      dir.Write("slow.y4m", "YUV4MPEG2 W8 H2 F1:1000000\nFRAME\n123456789012345678901234").string();
   const std::pair<std::vector<std::string>, const char*> cases[] = {
       {{"render", clip.string()}, "needs -o OUTPUT"},
       {{"render", "-o", out}, "needs an INPUT"},
@@ -110,9 +118,46 @@ TEST_F(RenderCliTest, ErrorsExitWithStatusTwo) {
       {{"render", notY4m, "-o", out}, "not a YUV4MPEG2 stream"},
       {{"render", damaged, "-o", out}, "truncated frame"},
       {{"render", "-", "-o", out}, "empty input"},
+      {{"render", headerOnly, "-o", out}, "the stream holds no frame"},
+      {{"render", huge, "-o", out}, "picture too large"},
+      {{"render", slow, "-o", out}, "frame rate F1:1000000 out of range"},
       {{"render", clip.string(), "-o", out, "--subs", notY4m}, "Can not load subtitle file!"},
   };
   for (const auto& [args, message] : cases) dir.ExpectFailures({args}, 2, message);
+}
+
+// The peak resident memory of the korvalin runs of `run`, in KB, counted in a child process
+// of its own so that nothing else run by the test counts.
+long PeakMemoryKb(const std::function<void()>& run) {
+  int fds[2];
+  if (::pipe(fds) != 0) return -1;
+  const pid_t pid = ::fork();
+  if (pid == 0) {
+    run();
+    struct rusage usage {};
+    ::getrusage(RUSAGE_CHILDREN, &usage);
+    const bool written = ::write(fds[1], &usage.ru_maxrss, sizeof usage.ru_maxrss) > 0;
+    ::_exit(written ? 0 : 1);
+  }
+  ::close(fds[1]);
+  long peak = -1;
+  if (pid < 0 || ::read(fds[0], &peak, sizeof peak) != sizeof peak) peak = -1;
+  ::close(fds[0]);
+  if (pid > 0) ::waitpid(pid, nullptr, 0);
+  return peak;
+}
+
+TEST_F(RenderCliTest, AHugeHeaderCostsNoMemoryUntilItsFramesArrive) {
+  // 8192 x 4320 frames are 70 MB each, and a graph holds several.
+  const std::string header = "YUV4MPEG2 W8192 H4320 F25:1\n";
+  for (const std::string& bytes : {header, header + "FRAME\n" + std::string(100000, 'x')}) {
+    const auto input = dir.Write("huge.y4m", bytes).string();
+    const long peak = PeakMemoryKb([&] {
+      dir.ExpectFailures({{"render", input, "-o", out}}, 2, "");
+    });
+    EXPECT_GT(peak, 0);
+    EXPECT_LT(peak, 64 * 1024) << bytes.size();
+  }
 }
 
 TEST(DemoCliTest, WritesClipAndPicture) {

@@ -33,6 +33,30 @@ TEST(SettingsCli, ShowSetAndResetKeepValuesWithinTheirRanges) {
   EXPECT_EQ(dir.Run({"settings", "show"}).out, kDefaults);
 }
 
+TEST(SettingsCli, OutOfRangeNumbersAreStoredWithAWarning) {
+  const TempDir dir;
+  const struct {
+    const char* assignment;
+    const char* stored;   // in the file
+    const char* warning;  // on stderr, "" for none
+  } cases[] = {
+      {"Overscan=999", "\"Overscan\"=dword:000003e7",
+       "Overscan=999 is out of range (0 to 30) and will read as the default, 8"},
+      {"subspeed=0", "\"SubSpeed\"=dword:00000000",
+       "SubSpeed=0 is out of range (1 to 5000) and will read as the default, 1000"},
+      {"SubColor=0xFFFFFFFF", "\"SubColor\"=dword:ffffffff",
+       "SubColor=0xFFFFFFFF is out of range (0 to 16777215) and will read as the default, "
+       "16777215"},
+      {"Overscan=30", "\"Overscan\"=dword:0000001e", ""},
+  };
+  for (const auto& c : cases) {
+    const CliResult r = dir.Run({"settings", "set", c.assignment});
+    EXPECT_EQ(r.status, 0) << c.assignment;
+    EXPECT_EQ(r.err, *c.warning ? std::string("korvalin: settings set: ") + c.warning + "\n" : "");
+    EXPECT_NE(ReadFile(dir.registry()).find(c.stored), std::string::npos) << c.assignment;
+  }
+}
+
 TEST(SettingsCli, BadAssignmentsWriteNothing) {
   const TempDir dir;
   for (const auto& bad : {"Bogus=1", "Overscan", "Overscan=eight", "Overscan=99999999999"})

@@ -138,6 +138,13 @@ TEST(SubsCli, BadArgumentsExitWithTwo) {
                       {"subs", "find"},
                       {"subs", "play", file}},
                      2, "korvalin");
+  // A file that does not load is an error too, with the reason.
+  const std::string blank = dir.Write("blank.srt", "\n\n").string();
+  dir.ExpectFailures({{"subs", "at", (dir.path() / "missing.srt").string(), "100"}}, 2,
+                     "korvalin: cannot open '" + (dir.path() / "missing.srt").string() +
+                         "': No such file or directory");
+  dir.ExpectFailures({{"subs", "at", blank, "100"}}, 2,
+                     "korvalin: cannot read '" + blank + "' as a subtitle file");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "platform/font_matcher.h"
 #include "platform/text_draw.h"
 #include "platform/text_font.h"
+#include "platform/text_font_set.h"
 
 namespace korvalin::platform {
 namespace {
@@ -36,10 +37,56 @@ TEST(FontMatcher, WeightPicksTheNearestFaceAndSynthesisesWhatIsMissing) {
     EXPECT_EQ(match->embolden, c.embolden) << c.weight;
   }
   const auto width = [](int32_t weight) {
-    return MeasureText(*TextFont::Create("Liberation Sans", weight, 40), U"Weight", {}, 0).width;
+    return MeasureText(*TextFontSet::Create("Liberation Sans", weight, 40), {U"Weight", {}}, {}, 0)
+        .width;
   };
   EXPECT_LT(width(400), width(700));
   EXPECT_LT(width(700), width(900));  // synthetic emboldening widens the advances
+}
+
+TEST(FontMatcher, ItalicIsTheFamilysItalicFaceOrItsUprightFaceSlanted) {
+  const std::optional<FontMatch> italic = MatchFont("Arial", 400, true);
+  ASSERT_TRUE(italic);
+  EXPECT_EQ(italic->family, "Liberation Sans");
+  EXPECT_NE(italic->file.find("Italic"), std::string::npos) << italic->file;
+  EXPECT_FALSE(italic->oblique);
+  EXPECT_FALSE(MatchFont("Arial", 400)->oblique);
+  const std::optional<FontMatch> onlyUpright = MatchFont("DejaVu Math TeX Gyre", 400, true);
+  if (!onlyUpright || onlyUpright->family != "DejaVu Math TeX Gyre") GTEST_SKIP() << "not here";
+  EXPECT_TRUE(onlyUpright->oblique);  // the family has one upright face only
+
+  // The slanted face leans by a fifth of the glyph's height: an 'l' gets that much wider.
+  const GlyphImage upright = TextFont::Create("DejaVu Math TeX Gyre", 400, 80)->Glyph(U'l');
+  const GlyphImage leaning = TextFont::Create("DejaVu Math TeX Gyre", 400, 80, true)->Glyph(U'l');
+  EXPECT_NEAR(leaning.width - upright.width, upright.height / 5, 2);
+  EXPECT_EQ(leaning.advance, upright.advance);
+}
+
+TEST(TextFont, UnderlineLiesBelowTheBaselineAndStrikeOutAboveIt) {
+  for (int32_t cell : {12, 34, 108}) {
+    const auto font = TextFont::Create("Arial", 500, cell);
+    ASSERT_TRUE(font);
+    const LineMark under = font->underline(), strike = font->strikeOut();
+    const int32_t descent = cell - font->ascent();
+    EXPECT_GE(under.offset, 0) << cell;
+    EXPECT_LE(under.offset + under.thickness, std::max(descent, under.thickness)) << cell;
+    EXPECT_LT(strike.offset, 0) << cell;
+    EXPECT_GT(strike.offset, -font->ascent()) << cell;
+    EXPECT_GE(under.thickness, 1);
+    EXPECT_GE(strike.thickness, 1);
+  }
+}
+
+TEST(TextFontSet, VariantsAreMadeOnceAndBoldStylesStayAsTheyAre) {
+  const auto fonts = TextFontSet::Create("Arial", 500, 40);
+  ASSERT_TRUE(fonts);
+  TextFont& bold = fonts->Variant(true, false);
+  EXPECT_EQ(&bold, &fonts->Variant(true, false));
+  EXPECT_EQ(bold.match().weight, 700);
+  EXPECT_NE(fonts->Variant(true, true).match().file.find("BoldItalic"), std::string::npos);
+  EXPECT_EQ(&fonts->Variant(false, false), &fonts->regular());
+  const auto heavy = TextFontSet::Create("Arial", 700, 40);
+  EXPECT_EQ(&heavy->Variant(true, false), &heavy->regular());
 }
 
 TEST(TextFont, CellHeightIsAscentPlusDescent) {
@@ -68,13 +115,13 @@ TEST(TextFont, GlyphsComeFromTheFaceOrAFallbackAndControlsTakeNoRoom) {
 }
 
 TEST(TextDraw, BlendsTheColourOnlyInsideTheRectangle) {
-  const std::unique_ptr<TextFont> font = TextFont::Create("Arial", 500, 30);
-  ASSERT_TRUE(font);
+  const std::unique_ptr<TextFontSet> fonts = TextFontSet::Create("Arial", 500, 30);
+  ASSERT_TRUE(fonts);
   constexpr int32_t kSize = 60;
   std::vector<uint32_t> pixels(kSize * kSize, 0x00123456);
   const SurfaceView surface{reinterpret_cast<uint8_t*>(pixels.data()), kSize * 4, kSize, kSize};
   const TextRect rect{10, 10, 30, 50};
-  DrawText(*font, U"WWW\nWWW", {TextAlign::Left, false}, rect, 0x0000FF, surface);
+  DrawText(*fonts, {U"WWW\nWWW", {}}, {TextAlign::Left, false}, rect, 0x0000FF, surface);
   int inside = 0;
   for (int32_t y = 0; y < kSize; ++y) {
     for (int32_t x = 0; x < kSize; ++x) {

@@ -298,6 +298,37 @@ TEST_F(RegistryStoreTest, DamagedFilesReadWhatIsLegibleAndAreBackedUpOnTheNextWr
   }
 }
 
+TEST_F(RegistryStoreTest, AWriteRemovesTemporaryFilesThatKilledWritersLeft) {
+  const struct {
+    const char* name;
+    bool stale;
+  } files[] = {
+      {"registry.reg.tmpA1b2C3", true},   {"registry.reg.bak.tmpzz9Z_x", true},
+      {"registry.reg.tmpA1b2C3x", false}, {"registry.reg.tmp", false},
+      {"other.reg.tmpA1b2C3", false},     {"registry.reg.lock.tmpA1b2C3", false},
+  };
+  for (const auto& f : files) folder_.Write(std::string("korvalin/") + f.name, "partial");
+  RegistryStore store(File());
+  ASSERT_EQ(Set(store, "Overscan", Dword(3)), 0);
+  for (const auto& f : files)
+    EXPECT_EQ(fs::exists(File().parent_path() / f.name), !f.stale) << f.name;
+  EXPECT_EQ(Get(store, "Overscan"), Dword(3));
+}
+
+TEST_F(RegistryStoreTest, AnOversizedFileReadsAsEmptyAndIsMovedAsideByAWrite) {
+  constexpr std::uintmax_t kOversized = (std::uintmax_t{64} << 20) + 1;
+  folder_.Write("korvalin/registry.reg",
+                "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\Software\\Vornik\\Korvalin]\n"
+                "\"Fill\"=dword:00000050\n");
+  fs::resize_file(File(), kOversized);  // sparse: the size is what counts
+  RegistryStore store(File());
+  EXPECT_FALSE(Get(store, "Fill"));
+  ASSERT_EQ(Set(store, "Overscan", Dword(3)), 0);
+  EXPECT_EQ(fs::file_size(Backup()), kOversized);
+  EXPECT_EQ(Get(store, "Overscan"), Dword(3));
+  EXPECT_FALSE(Get(store, "Fill"));
+}
+
 TEST_F(RegistryStoreTest, FilesThatCannotBeWrittenFailTheWriteAndLinksStayLinks) {
   fs::create_directories(File());  // a folder where the file should be
   RegistryStore store(File());

@@ -9,7 +9,7 @@ namespace korvalin::platform {
 namespace {
 
 // Every character 10 pixels wide, so widths are easy to reason about.
-int32_t TenPixels(char32_t) {
+int32_t TenPixels(std::size_t) {
   return 10;
 }
 

@@ -26,7 +26,7 @@ bool IsGlyph(uint32_t word) {
 // Measured width + 2, made even.
 int32_t ExpectedWidth(TextRenderer& r, const std::u32string& text, int32_t wrapWidth, bool wrap) {
   const int32_t w =
-      platform::MeasureText(*r.font(), text.c_str(), {platform::TextAlign::Center, wrap}, wrapWidth)
+      platform::MeasureText(*r.fonts(), {text, {}}, {platform::TextAlign::Center, wrap}, wrapWidth)
           .width +
       2;
   return w + (w & 1);
@@ -56,12 +56,19 @@ TEST(TextRenderer, SizesFollowTheTextAndTheSurface) {
   EXPECT_EQ(r.RenderText("x", 3), 0);
   std::string manyLines;
   for (int i = 0; i < 40; ++i) manyLines += "line\n";
-  for (const auto& [w, h] : {std::pair{720, 576}, {360, 288}}) {
-    TextRenderer small(w, h);
-    ASSERT_EQ(small.RenderText(manyLines.c_str(), 720), 0);
-    EXPECT_EQ(small.imageHeight(), h);
-    ASSERT_EQ(small.RenderText(std::string(300, 'W').c_str(), 720), 0);
-    EXPECT_EQ(small.imageWidth(), w);
+  // Text beyond the surface is cut; the surface grows with pictures wider than its own width.
+  const struct {
+    int32_t baseWidth, baseHeight, drawingWidth, width, height;
+  } surfaces[] = {
+      {720, 576, 720, 720, 576},    {360, 288, 360, 360, 288}, {360, 288, 200, 360, 288},
+      {720, 576, 1920, 1920, 1536}, {360, 288, 720, 720, 576}, {720, 576, 3840, 3840, 3072},
+  };
+  for (const auto& s : surfaces) {
+    TextRenderer small(s.baseWidth, s.baseHeight);
+    ASSERT_EQ(small.RenderText(manyLines.c_str(), s.drawingWidth), 0);
+    EXPECT_EQ(small.imageHeight(), s.height) << s.drawingWidth;
+    ASSERT_EQ(small.RenderText(std::string(300, 'W').c_str(), s.drawingWidth), 0);
+    EXPECT_EQ(small.imageWidth(), s.width) << s.drawingWidth;
   }
 }
 

@@ -4,7 +4,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
+#include <tuple>
 
 #include "render/picture_bmp_writer.h"
 
@@ -15,8 +17,19 @@ using testing::BmpLayout;
 using testing::BuildBmp;
 using Pixels = std::vector<uint8_t>;
 
+// Loads bytes from memory and from a file, which reads row by row: both must agree.
 int Load(Picture& p, const std::string& bytes) {
-  return p.LoadBitmapBytes(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+  const auto path = std::filesystem::temp_directory_path() / "korvalin-picture-test.bmp";
+  std::ofstream(path, std::ios::binary) << bytes;
+  Picture fromFile;
+  const int fileResult = fromFile.LoadBitmapFile(path.string().c_str());
+  std::filesystem::remove(path);
+  const int result =
+      p.LoadBitmapBytes(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+  EXPECT_EQ(fileResult, result);
+  EXPECT_EQ(std::tie(fromFile.width, fromFile.height, fromFile.pixels),
+            std::tie(p.width, p.height, p.pixels));
+  return result;
 }
 
 Picture FromRows(int32_t width, const Pixels& pixels) {
@@ -43,11 +56,8 @@ TEST(LoadBitmapFile, ReadsEveryDepthAsLuma) {
   }
   std::string gap = BuildBmp({1, 1, 24, 0, {}, {{0xFFFFFF}}, 3});  // 3 bytes before the pixels
   gap.insert(54, 3, '\0');
-  const auto path = std::filesystem::temp_directory_path() / "korvalin-picture-test.bmp";
-  std::ofstream(path, std::ios::binary) << gap;
   Picture p;
-  EXPECT_EQ(p.LoadBitmapFile(path.string().c_str()), 0);
-  std::filesystem::remove(path);
+  EXPECT_EQ(Load(p, gap), 0);
   EXPECT_EQ(p.pixels, Pixels{255});
   EXPECT_EQ(p.LoadBitmapFile("/no/such/file.bmp"), -1);
 }
@@ -142,6 +152,48 @@ TEST(ScaleTo, InterpolatesAndTruncates) {
   EXPECT_EQ(empty.ScaleTo(3, 3), -1);
   EXPECT_EQ(square.ScaleTo(1 << 20, 2), -1);
   EXPECT_EQ(square.width, 3);
+}
+
+// The interpolation as written: each target pixel's source position and remainders, and one
+// division per pixel.
+Picture ScaledAsWritten(const Picture& p, int64_t W, int64_t H) {
+  Picture out(static_cast<int32_t>(W), static_cast<int32_t>(H));
+  const auto at = [&p](int64_t i, int64_t j) -> int64_t {
+    return p.At(static_cast<int32_t>(i), static_cast<int32_t>(j));
+  };
+  for (int64_t y = 0; y < H; ++y) {
+    for (int64_t x = 0; x < W; ++x) {
+      const int64_t sx = W == 1 ? 0 : (p.width - 1) * x / (W - 1);
+      const int64_t fx = W == 1 ? 0 : (p.width - 1) * x % (W - 1);
+      const int64_t sy = H == 1 ? 0 : (p.height - 1) * y / (H - 1);
+      const int64_t fy = H == 1 ? 0 : (p.height - 1) * y % (H - 1);
+      int64_t v = at(sx, sy);
+      if (fx != 0 && fy != 0) {
+        v = ((at(sx + 1, sy) * fx + at(sx, sy) * (W - fx - 1)) * (H - fy - 1) +
+             (at(sx + 1, sy + 1) * fx + at(sx, sy + 1) * (W - fx - 1)) * fy) /
+            ((W - 1) * (H - 1));
+      } else if (fx != 0) {
+        v = (at(sx, sy) * (W - fx - 1) + at(sx + 1, sy) * fx) / (W - 1);
+      } else if (fy != 0) {
+        v = (at(sx, sy) * (H - fy - 1) + at(sx, sy + 1) * fy) / (H - 1);
+      }
+      out.pixels[static_cast<std::size_t>(y * W + x)] = static_cast<uint8_t>(v);
+    }
+  }
+  return out;
+}
+
+TEST(ScaleTo, MatchesTheInterpolationAsWrittenAtAnySize) {
+  std::mt19937 random(5);
+  for (int round = 0; round < 120; ++round) {
+    Picture p(1 + static_cast<int32_t>(random() % 40), 1 + static_cast<int32_t>(random() % 30));
+    for (uint8_t& v : p.pixels) v = random() % 3 ? static_cast<uint8_t>(random()) : 255;
+    const int32_t w = round == 0 ? 1 : 1 + static_cast<int32_t>(random() % 160);
+    const int32_t h = round == 1 ? 1 : 1 + static_cast<int32_t>(random() % 120);
+    const Picture expected = ScaledAsWritten(p, w, h);
+    ASSERT_EQ(p.ScaleTo(w, h), 0);
+    ASSERT_EQ(p.pixels, expected.pixels) << round << ": " << w << " x " << h;
+  }
 }
 
 }  // namespace

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "render/subpicture_writer.h"
 
@@ -24,14 +26,15 @@ struct Decoded {
   Picture picture;
 };
 
-Decoded Decode(const std::string& file, int64_t offset = 0) {
+Decoded Decode(const std::string& file, int64_t offset = 0,
+               SubpictureArea area = SubpictureArea::kWhole) {
   StdFile f;
   EXPECT_EQ(f.OpenMemory(file.data(), file.size(), "rb"), 0);
   LumaPalette palette;
   palette.luma = TestLuma();
   palette.read = true;
   Decoded d;
-  d.result = ReadSubpicture(d.picture, d.duration, offset, f, palette);
+  d.result = ReadSubpicture(d.picture, d.duration, offset, f, palette, area);
   EXPECT_EQ(d.picture.pixels.size(),
             static_cast<std::size_t>(d.picture.width) * static_cast<std::size_t>(d.picture.height));
   return d;
@@ -162,6 +165,42 @@ TEST(ReadSubpicture, DamagedUnitsEndSafely) {
       EXPECT_EQ(d.picture.pixels.at(7), cases[i].pixel) << i;
     }
   }
+}
+
+// Decoding only the visible rectangle gives what decoding the whole area and cropping gives,
+// damaged units included, without making the whole area.
+TEST(ReadSubpicture, VisibleAreaIsTheWholeAreaCropped) {
+  std::vector<std::string> units = {BuildUnit(SmallUnit()), BuildUnit(LargeUnit())};
+  UnitSpec sparse;  // a 4096 x 4096 area holding two small runs far apart
+  sparse.x1 = 0, sparse.y1 = 0, sparse.width = 4096, sparse.height = 4096;
+  sparse.rows = {Row{{0, 0}}, Row{{255, 0}, {255, 0}, {3, 1}, {0, 0}}, Row{{0, 0}}, Row{{2, 2}}};
+  units.push_back(BuildUnit(sparse));
+  UnitSpec background = SmallUnit();
+  background.contrast = {15, 0, 0, 0};  // only code 0 opaque: the rest of each row shows
+  units.push_back(BuildUnit(background));
+  background.contrast = {0, 0, 0, 0};  // nothing visible: an empty picture
+  units.push_back(BuildUnit(background));
+  std::mt19937 random(11);
+  for (int i = 0; i < 300; ++i) {  // damaged: random bytes after a valid start
+    std::string unit = units[static_cast<std::size_t>(i) % 2];
+    for (std::size_t k = 4; k < unit.size(); ++k)
+      if (random() % 8 == 0) unit[k] = static_cast<char>(random());
+    units.push_back(unit);
+  }
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    const std::string file = BuildPack(units[i].substr(0, testing::PackRoom({})));
+    Decoded whole = Decode(file);
+    whole.picture.CropToContent();
+    const Decoded visible = Decode(file, 0, SubpictureArea::kVisible);
+    EXPECT_EQ(std::tie(visible.result, visible.duration), std::tie(whole.result, whole.duration))
+        << i;
+    EXPECT_EQ(std::tie(visible.picture.width, visible.picture.height, visible.picture.pixels),
+              std::tie(whole.picture.width, whole.picture.height, whole.picture.pixels))
+        << i;
+  }
+  const Decoded far = Decode(BuildPack(units[2]), 0, SubpictureArea::kVisible);
+  EXPECT_EQ(far.picture.width, 513);
+  EXPECT_LE(far.picture.height, 4);
 }
 
 }  // namespace

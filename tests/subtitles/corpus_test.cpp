@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "loader_detection_entries.h"
 #include "subtitles/readers/jacosub_reader.h"
 #include "subtitles/readers/sami_reader.h"
 #include "subtitles/readers/subrip_reader.h"
@@ -25,7 +26,7 @@ TEST(Corpus, RealFilesLoadWithTheirFormatAndEntryCount) {
   } cases[] = {
       {"microdvd/SubtitlesParser_Freaks_fr.sub", 0, "MicroDVD", 714},          // no rate line
       {"microdvd/SubtitlesParser_Gangs-of-New-York.sub", 0, "MicroDVD", 748},  // 12.5 fps
-      {"microdvd/gaupol_microdvd.sub", -1, "", 0},                // negative frames
+      {"microdvd/gaupol_microdvd.sub", -1, "", 0},                             // negative frames
       {"microdvd/pysubs2_extra_whitespace.sub", -1, "", 0},       // spaces inside the braces
       {"microdvd/pysubs2_parser_skipping_lines.sub", -1, "", 0},  // foreign lines
       {"subviewer1/subtitle-toolbox_subtitle_edit_v1_shape.sub", 0, "SubViewer 1.0", 4},
@@ -35,11 +36,11 @@ TEST(Corpus, RealFilesLoadWithTheirFormatAndEntryCount) {
       {"subviewer2/gaupol_subviewer2.sub", -1, "", 0},  // blank line after the header
       {"subviewer2/Jubler_subviewer.sub", -1, "", 0},   // texts on several lines
       {"ssa/SubtitlesParser_HP2.ssa", 0, "Sub Station Alpha", 622},
-      {"ssa/subtitleedit_test.ssa", 0, "Sub Station Alpha", 3},        // byte order mark
-      {"ssa/go-astisub_example-in-carriage-return.ssa", 1, "", 0},     // one line, no events
+      {"ssa/subtitleedit_test.ssa", 0, "Sub Station Alpha", 3},     // byte order mark
+      {"ssa/go-astisub_example-in-carriage-return.ssa", 1, "", 0},  // one line, no events
       {"jacosub/subtitleedit_JacoSubSubtitleTest.jss", 0, "JACOsub", 2},
       {"jacosub/oxideav-subtitle_jacosub_parse_SAMPLE.jss", -1, "JACOsub", 0},  // "@" times
-      {"sami/MicrosoftDocs-win32_sami-file-example.smi", 0, "SAMI", 1},  // two P joined
+      {"sami/MicrosoftDocs-win32_sami-file-example.smi", 0, "SAMI", 1},         // two P joined
       {"sami/pycaption_sami_missing_start.smi", 1, "", 0},  // its only SYNC has no time
       {"sami/pycaption_sami_with_separate_multi_lang.smi", 0, "SAMI", 2},
       {"sami/subtitle-toolbox_multi_language.smi", 0, "SAMI", 3},  // Korean, the first
@@ -58,14 +59,13 @@ TEST(Corpus, RealFilesLoadWithTheirFormatAndEntryCount) {
       {"aqtitle/oxideav-subtitle_aqtitle_parse_multiline.aqt", -1, "", 0},
       {"aqtitle/vlc_testdata_AQT.aqt", -1, "", 0},
       {"srt/SubtitlesParser_Fight_Club_eng.sub", 0, "SubRip", 2000},  // through the loader
-      {"srt/SubtitlesParser_Annie_Hall.srt", 0, "SubRip", 1480},  // coordinates after times
-      {"srt/pysrt_capability_tester.srt", 0, "SubRip", 37},  // BOM and CRLF
-      {"srt/gaupol_subrip.srt", -1, "SubRip", 0},     // negative times do not scan
-      {"srt/pysrt_windows-1252.srt", -1, "SubRip", 0},  // first counter is 0
+      {"srt/SubtitlesParser_Annie_Hall.srt", 0, "SubRip", 1480},      // coordinates after times
+      {"srt/pysrt_capability_tester.srt", 0, "SubRip", 37},           // BOM and CRLF
+      {"srt/gaupol_subrip.srt", -1, "SubRip", 0},                     // negative times do not scan
+      {"srt/pysrt_windows-1252.srt", -1, "SubRip", 0},                // first counter is 0
       {"srt/pysrt_no-indexes.srt", -1, "SubRip", 0},
-      {"srt/pysrt_invalid.srt", -1, "SubRip", 0},  // times without milliseconds
-      {"srt/pysrt_bom-utf-16-le.srt", -1, "SubRip", 0},
-      {"srt/pysrt_bom-utf-32-be.srt", 1, "SubRip", 0},  // a NUL first ends the input
+      {"srt/pysrt_invalid.srt", -1, "SubRip", 0},                   // times without milliseconds
+      {"srt/go-astisub_example-in-non-utf8.srt", -1, "SubRip", 0},  // UTF-16, no milliseconds
   };
   for (const auto& c : cases) {
     const std::string path = kCorpus + c.file;
@@ -83,6 +83,21 @@ TEST(Corpus, RealFilesLoadWithTheirFormatAndEntryCount) {
     if (result == 0) {
       EXPECT_EQ(track.entries.Count(), c.entries) << c.file;
     }
+  }
+}
+
+// Saved as UTF-16 or UTF-32 (either byte order), a file loads as its UTF-8 twin does.
+TEST(Corpus, WideTextFilesLoadAsTheirUtf8Twin) {
+  const std::string twin = kCorpus + "srt/pysrt_bom-utf-8.srt";
+  if (!std::filesystem::exists(twin)) GTEST_SKIP() << "no corpus";
+  SubtitleTrack expected;
+  ASSERT_EQ(LoadSubtitleFile(expected, twin.c_str()), 0);
+  ASSERT_EQ(expected.entries.Count(), 7u);
+  for (const char* name : {"utf-16-le", "utf-16-be", "utf-32-le", "utf-32-be"}) {
+    const std::string path = kCorpus + "srt/pysrt_bom-" + name + ".srt";
+    SubtitleTrack track;
+    EXPECT_EQ(LoadSubtitleFile(track, path.c_str()), 0) << name;
+    EXPECT_EQ(testing::DescribeEntries(track), testing::DescribeEntries(expected)) << name;
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -30,15 +31,60 @@ TEST(ResolveDirectory, MakesAbsoluteFolders) {
     const char* element;
     std::string want;
   } cases[] = {
-      {"/movies/", ".", "/movies/"},          {"/movies", "", "/movies/"},
-      {"/movies/", "..", "/"},                {"/movies/", "../Subs", "/Subs/"},
-      {"/movies/", "\\Subs", "/Subs/"},        {"/movies/", "/opt/korvalin", "/opt/korvalin/"},
-      {"/movies/", "../../x", ""},            {"/movies/", "./a/./b/../c", "/movies/a/c/"},
+      {"/movies/", ".", "/movies/"},
+      {"/movies", "", "/movies/"},
+      {"/movies/", "..", "/"},
+      {"/movies/", "../Subs", "/Subs/"},
+      {"/movies/", "\\Subs", "/Subs/"},
+      {"/movies/", "/opt/korvalin", "/opt/korvalin/"},
+      {"/movies/", "../../x", ""},
+      {"/movies/", "./a/./b/../c", "/movies/a/c/"},
       {"/movies/", "a/././b", "/movies/a/./b/"},  // one pass leaves one "/./" of a run
-      {"", ".", ""},                          {"/movies/", "~/subs", home ? home_subs : ""},
+      {"", ".", ""},
+      {"/movies/", "~/subs", home ? home_subs : ""},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(ResolveDirectory(c.base, c.element), c.want.c_str()) << c.base << c.element;
+  }
+}
+
+// Folding as first written: replace each "/./" once, left to right, then fold the first
+// "/../" into the folder before it again and again.
+std::string FoldedAsWritten(std::string path) {
+  std::string once;
+  for (std::size_t i = 0; i < path.size();) {
+    if (path.compare(i, 3, "/./") == 0) {
+      once += '/';
+      i += 3;
+    } else {
+      once += path[i++];
+    }
+  }
+  for (std::size_t up; (up = once.find("/../")) != std::string::npos;) {
+    const std::size_t parent = up == 0 ? std::string::npos : once.rfind('/', up - 1);
+    if (parent == std::string::npos) return "";
+    once = once.substr(0, parent) + once.substr(up + 3);
+  }
+  return once;
+}
+
+TEST(ResolveDirectory, FoldsAsRepeatedFoldingWould) {
+  std::mt19937 random(3);
+  const char* parts[] = {"a", "bc", ".", "..", "...", ""};  // relative: not "" first
+  for (int round = 0; round < 2000; ++round) {
+    std::string element = parts[random() % (std::size(parts) - 1)];
+    for (int n = static_cast<int>(random() % 8); n > 0; --n) {
+      element += random() % 4 ? "/" : "\\";
+      element += parts[random() % std::size(parts)];
+    }
+    const std::string base = round % 3 ? "/m/v/" : "rel/m/";
+    std::string written = base + element;
+    for (char& c : written) c = c == '\\' ? '/' : c;
+    if (written.back() != '/') written += '/';
+    const std::string folded = FoldedAsWritten(written);
+    const std::string want = folded.empty() || folded.back() == '/' ? folded : folded + "/";
+    EXPECT_EQ(std::string(ResolveDirectory(base.c_str(), element.c_str()).c_str()), want)
+        << element;
   }
 }
 

@@ -16,8 +16,9 @@ namespace {
 // Records what the track draws; fails when told to.
 class RecordingRenderer : public SubtitleRenderer {
  public:
-  int RenderText(const char* text, int32_t width) override {
-    drawn.push_back(std::string(text) + "@" + std::to_string(width));
+  int RenderText(const char* text, int32_t width, TextMarkup markup) override {
+    drawn.push_back(std::string(text) + "@" + std::to_string(width) +
+                    (markup == TextMarkup::SubRip ? " SubRip" : ""));
     return result;
   }
   int RenderPicture(const Picture& picture, int32_t) override {
@@ -165,6 +166,21 @@ TEST(SubtitleTrack, UpdateForFrameDrawsOnlyWhenTheEntryChanges) {
   EXPECT_EQ(track.UpdateForFrame(40, 80, 720), 0);  // same entry after a failure
   track.framesPending = true;
   EXPECT_EQ(track.UpdateForFrame(40, 80, 720), -1);
+}
+
+TEST(SubtitleTrack, OnlySubRipTextIsDrawnWithItsTags) {
+  for (const char* format : {"SubRip", "MicroDVD", "subrip", ""}) {
+    auto owned = std::make_unique<RecordingRenderer>();
+    RecordingRenderer& renderer = *owned;
+    SubtitleTrack track(std::move(owned));
+    track.formatName.Assign(format);
+    track.AddEntry(std::make_unique<SubtitleEntry>(0, 999, "<i>x</i>"));
+    EXPECT_EQ(track.UpdateForFrame(0, 40, 1920), 0);
+    const std::string want =
+        std::string("<i>x</i>@1920") + (std::string(format) == "SubRip" ? " SubRip" : "");
+    EXPECT_EQ(renderer.drawn, std::vector<std::string>{want}) << format;
+    EXPECT_STREQ(track.entries[0]->text.c_str(), "<i>x</i>");  // kept as read
+  }
 }
 
 TEST(SubtitleTrack, ResetKeepsPreferredLanguageAndGetInfoCopies) {

@@ -269,7 +269,7 @@ TEST(RealTextReader, TextThatNeverClearsKeepsItsLastWholeLines) {
   ASSERT_EQ(ReadRealText(track, folder.Write("long.rt", bytes).c_str()), 0);
   ASSERT_EQ(track.entries.Count(), 20000u);
   const std::string last = track.entries[19999]->text.c_str();
-  EXPECT_LE(last.size(), 1024u);
+  EXPECT_LE(last.size(), 512u);
   EXPECT_EQ(last.rfind("line ", 0), 0u);
   EXPECT_EQ(last.substr(last.size() - 10), "line 19999");
 }

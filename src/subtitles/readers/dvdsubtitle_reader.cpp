@@ -4,13 +4,15 @@
 #include <memory>
 #include <string>
 
+#include "base/number_scan.h"
 #include "base/std_file.h"
 #include "platform/file_search.h"
 #include "render/picture.h"
+#include "subtitles/picture_budget.h"
 #include "subtitles/readers/text_reader_support.h"
+#include "subtitles/shared_bitmaps.h"
 #include "subtitles/subtitle_file.h"
 #include "subtitles/time_scanners.h"
-#include "base/number_scan.h"
 
 namespace korvalin {
 namespace {
@@ -45,7 +47,10 @@ std::string FolderOf(const char* path) {
 
 class DvdSubtitleParser {
  public:
-  explicit DvdSubtitleParser(SubtitleTrack& track) : track_(track) {}
+  DvdSubtitleParser(SubtitleTrack& track, std::size_t pictureByteLimit)
+      : track_(track),
+        folder_(FolderOf(track.fileName.c_str())),
+        bitmaps_([this](const std::string& name) { return Locate(name); }, pictureByteLimit) {}
 
   // 0 at the end of the file, -1 at the first block that breaks the format.
   int ReadBlocks(StdFile& file) {
@@ -86,23 +91,29 @@ class DvdSubtitleParser {
       stop = WrapToInt32(int64_t{start} + int64_t{centis} * 10);
     }
     const std::size_t picture = header.find(" P=");
-    if (picture != std::string::npos) {
-      AddPicture(start, stop, header.substr(picture + 3));
-    } else {
-      const std::string text = Trimmed(content.substr(lineEnd + 1));
-      track_.AddEntry(std::make_unique<SubtitleEntry>(start, stop, text.c_str()));
-    }
+    if (picture != std::string::npos) return AddPicture(start, stop, header.substr(picture + 3));
+    const std::string text = Trimmed(content.substr(lineEnd + 1));
+    track_.AddEntry(std::make_unique<SubtitleEntry>(start, stop, text.c_str()));
     return true;
   }
 
   // Added whether or not the picture loads; an empty one is dropped with the empty entries.
-  void AddPicture(int32_t start, int32_t stop, const std::string& afterKey) {
-    std::string name(afterKey.begin(), std::find_if(afterKey.begin(), afterKey.end(), IsBlank));
+  // False once the file's pictures exceed what a track may hold.
+  bool AddPicture(int32_t start, int32_t stop, const std::string& afterKey) {
+    const std::string name(afterKey.begin(),
+                           std::find_if(afterKey.begin(), afterKey.end(), IsBlank));
+    std::shared_ptr<const Picture> picture = bitmaps_.Get(name);
+    if (bitmaps_.Exceeded()) return false;
+    track_.AddEntry(std::make_unique<SubtitleEntry>(start, stop, std::move(picture)));
+    return true;
+  }
+
+  // The file a picture name means, in the subtitle file's folder; "" when it does not open.
+  std::string Locate(std::string name) const {
+    if (name.empty()) return {};
     std::replace(name.begin(), name.end(), '\\', '/');
-    const std::string path = platform::FindFileNoCase(FolderOf(track_.fileName.c_str()) + name);
-    auto image = std::make_unique<Picture>();
-    if (!name.empty() && platform::CanOpenForReading(path)) image->LoadBitmapFile(path.c_str());
-    track_.AddEntry(std::make_unique<SubtitleEntry>(start, stop, std::move(image)));
+    const std::string path = platform::FindFileNoCase(folder_ + name);
+    return platform::CanOpenForReading(path) ? path : std::string();
   }
 
   // The header may only come before the first subtitle.
@@ -116,14 +127,20 @@ class DvdSubtitleParser {
   }
 
   SubtitleTrack& track_;
+  std::string folder_;  // of the subtitle file, separator included
+  SharedBitmaps bitmaps_;
 };
 
 }  // namespace
 
 int ReadDvdSubtitle(SubtitleTrack& track, const char* path) {
+  return ReadDvdSubtitle(track, path, kTrackPictureByteLimit);
+}
+
+int ReadDvdSubtitle(SubtitleTrack& track, const char* path, std::size_t pictureByteLimit) {
   StdFile file;
   if (BeginReading(track, file, path, "rt", "DVDSubtitle") != 0) return -1;
-  DvdSubtitleParser parser(track);
+  DvdSubtitleParser parser(track, pictureByteLimit);
   if (parser.ReadBlocks(file) != 0) return -1;
   return FinishReading(track, file, CleanUp::kSortCloseOpenEndsAndRemoveEmpty);
 }

@@ -1,32 +1,46 @@
 #include "subtitles/readers/realtext_reader.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <limits>
 #include <memory>
 #include <vector>
 
+#include "base/number_scan.h"
 #include "base/std_file.h"
 #include "subtitles/readers/text_reader_support.h"
 #include "subtitles/subtitle_file.h"
 #include "text/entity_decoding.h"
 #include "text/markup_text.h"
-#include "base/number_scan.h"
 
 namespace korvalin {
 namespace {
 
 constexpr char kUtf8Bom[] = "\xEF\xBB\xBF";
 // Text that grows without a <clear> keeps only its last lines up to this length: a screen
-// shows far less, and a file that never clears would otherwise cost time and memory by the
-// square of its length.
-constexpr int kLongestShownText = 1024;
+// shows less (some ten lines of fifty), and every time tag stores the text again, so a file
+// that never clears costs time and memory by this length for each tag.
+constexpr int kLongestShownText = 512;
+
+// Every time tag stores the text shown so far once more, so a file of time tags without
+// <clear> stores far more than its size. What the entries may take in memory: a real file
+// stays well below it, and one beyond it is refused.
+constexpr std::size_t kStoredBytesPerFileByte = 24;
+constexpr std::size_t kStoredBytesMinimum = std::size_t{32} << 20;
+// An entry's memory: the entry with its heap overhead and slot, and its text's buffer, which
+// grows by a fifth beyond what it holds.
+constexpr std::size_t kEntryBytes = 128;
+constexpr std::size_t StoredBytes(std::size_t textLength) {
+  return kEntryBytes + textLength + textLength / 4;
+}
 
 // Collects the text between tags and stores it as an entry at every time tag and at the end.
 class RealTextHandler : public MarkupText {
  public:
-  explicit RealTextHandler(SubtitleTrack& track) : track_(track) {}
+  RealTextHandler(SubtitleTrack& track, std::size_t fileSize)
+      : track_(track), storable_(kStoredBytesMinimum + fileSize * kStoredBytesPerFileByte) {}
 
   void OnTag(const char* tag) override {
     if (TagIs(tag, "time")) {
@@ -44,10 +58,19 @@ class RealTextHandler : public MarkupText {
   // The text stays: the next time tag shows it again, with whatever follows.
   void Flush() {
     KeepLastLines();
-    if (begin_ == -1) return;
-    track_.AddEntry(
-        std::make_unique<SubtitleEntry>(begin_, end_, DecodeEntities(text.c_str()).c_str()));
+    if (begin_ == -1 || exhausted_) return;
+    const DynString shown = DecodeEntities(text.c_str());
+    const std::size_t bytes = StoredBytes(shown.Length());
+    if (bytes > storable_) {
+      exhausted_ = true;
+      return;
+    }
+    storable_ -= bytes;
+    track_.AddEntry(std::make_unique<SubtitleEntry>(begin_, end_, shown.c_str()));
   }
+
+  // True when the file would store more than a track may hold; its entries are incomplete.
+  bool Exhausted() const { return exhausted_; }
 
  private:
   void KeepLastLines() {
@@ -58,6 +81,8 @@ class RealTextHandler : public MarkupText {
   }
 
   SubtitleTrack& track_;
+  std::size_t storable_;
+  bool exhausted_ = false;
   int32_t begin_ = -1;
   int32_t end_ = 0;
 };
@@ -106,9 +131,13 @@ int ReadRealText(SubtitleTrack& track, const char* path) {
   std::vector<char> bytes;
   if (!ReadWholeFile(file, &bytes)) return -1;
   const bool hasBom = std::strncmp(bytes.data(), kUtf8Bom, 3) == 0;
-  RealTextHandler handler(track);
+  RealTextHandler handler(track, bytes.size());
   handler.Parse(bytes.data() + (hasBom ? 3 : 0));
   handler.Flush();
+  if (handler.Exhausted()) {
+    track.Reset();
+    return -1;
+  }
   return FinishReading(track, file, CleanUp::kSortCloseOpenEndsAndRemoveEmpty);
 }
 

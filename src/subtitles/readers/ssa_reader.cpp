@@ -7,10 +7,12 @@
 #include <string>
 #include <string_view>
 
-#include "render/picture.h"
-#include "subtitles/readers/text_reader_support.h"
-#include "subtitles/time_scanners.h"
 #include "base/number_scan.h"
+#include "render/picture.h"
+#include "subtitles/picture_budget.h"
+#include "subtitles/readers/text_reader_support.h"
+#include "subtitles/shared_bitmaps.h"
+#include "subtitles/time_scanners.h"
 
 namespace korvalin {
 namespace {
@@ -35,7 +37,11 @@ struct EventFields {
 
 class SsaParser {
  public:
-  SsaParser(SubtitleTrack& track, StdFile& file) : track_(track), input_(file, kLineSize) {}
+  SsaParser(SubtitleTrack& track, StdFile& file, std::size_t pictureByteLimit)
+      : track_(track),
+        input_(file, kLineSize),
+        bitmaps_([](const std::string& name) { return FindNamedFile(name.c_str()); },
+                 pictureByteLimit) {}
 
   // 0 at the normal end of the file, -1 at the first line that breaks the script.
   int ReadLines() {
@@ -59,10 +65,9 @@ class SsaParser {
     if (!SplitEvent(line, &fields)) return -1;
     if (dialogue) {
       AddText(fields);
-    } else {
-      AddPicture(fields);
+      return 0;
     }
-    return 0;
+    return AddPicture(fields);
   }
 
   int ReadScriptType(const char* version) {
@@ -115,15 +120,18 @@ class SsaParser {
         std::make_unique<SubtitleEntry>(fields.start, fields.stop, text.c_str() + commas));
   }
 
-  // Kept even when the bitmap does not load: the entry then simply draws nothing.
-  void AddPicture(const EventFields& fields) {
-    auto picture = std::make_unique<Picture>();
-    picture->LoadBitmapFile(FindNamedFile(fields.last).c_str());
+  // Kept even when the bitmap does not load: the entry then simply draws nothing. -1 once
+  // the script's bitmaps exceed what a track may hold.
+  int AddPicture(const EventFields& fields) {
+    std::shared_ptr<const Picture> picture = bitmaps_.Get(fields.last);
+    if (bitmaps_.Exceeded()) return -1;
     track_.AddEntry(std::make_unique<SubtitleEntry>(fields.start, fields.stop, std::move(picture)));
+    return 0;
   }
 
   SubtitleTrack& track_;
   LineInput input_;
+  SharedBitmaps bitmaps_;
   int fieldCount_ = kVersion3Fields;
   float timer_ = 100.0f;
 };
@@ -131,9 +139,13 @@ class SsaParser {
 }  // namespace
 
 int ReadSubStationAlpha(SubtitleTrack& track, const char* path) {
+  return ReadSubStationAlpha(track, path, kTrackPictureByteLimit);
+}
+
+int ReadSubStationAlpha(SubtitleTrack& track, const char* path, std::size_t pictureByteLimit) {
   StdFile file;
   if (BeginReading(track, file, path, "rt", "Sub Station Alpha") != 0) return -1;
-  SsaParser parser(track, file);
+  SsaParser parser(track, file, pictureByteLimit);
   if (parser.ReadLines() != 0) return -1;
   return FinishReading(track, file, CleanUp::kSort);
 }

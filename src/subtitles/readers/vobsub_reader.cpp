@@ -6,12 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "base/limited_read_file.h"
 #include "base/std_file.h"
 #include "platform/file_search.h"
-#include "render/picture.h"
-#include "render/subpicture_decoder.h"
 #include "subtitles/line_reader.h"
+#include "subtitles/picture_budget.h"
 #include "subtitles/readers/vobsub_index.h"
+#include "subtitles/readers/vobsub_units.h"
 #include "subtitles/subtitle_file.h"
 
 namespace korvalin {
@@ -28,19 +29,16 @@ std::string Beside(const std::string& base, const char* extension) {
   return platform::FindFileNoCase(base + extension);
 }
 
-// Size after scaling by percent, rounded; kept within 32 bits (ScaleTo refuses what is too
-// large).
-int32_t Scaled(int32_t size, int32_t percent) {
-  const int64_t scaled = (int64_t{size} * percent + 50) / 100;
-  return static_cast<int32_t>(std::clamp<int64_t>(scaled, INT32_MIN, INT32_MAX));
-}
-
 }  // namespace
 
 int ReadVobSub(SubtitleTrack& track, const char* path) {
+  return ReadVobSub(track, path, kTrackPictureByteLimit);
+}
+
+int ReadVobSub(SubtitleTrack& track, const char* path, std::size_t pictureByteLimit) {
   track.Reset();
   if (!path) return -1;
-  StdFile sub;
+  LimitedReadFile sub;
   if (sub.Open(path, "rb") != 0) return Fail(track);
   const std::string full(path);
   const std::string base = full.substr(0, full.size() >= 4 ? full.size() - 4 : 0);
@@ -81,20 +79,16 @@ int ReadVobSub(SubtitleTrack& track, const char* path) {
   if (streamName && ReadVobSubStream(index, streamName, timestamps) != 0) return Fail(track);
   index.Close();
 
+  VobSubUnits units(sub, header, pictureByteLimit);
   for (const VobSubTimestamp& stamp : timestamps) {
-    auto picture = std::make_unique<Picture>();
-    int32_t duration = 0;
-    ReadSubpicture(*picture, duration, stamp.filePosition, sub, header.palette);  // not checked
+    const VobSubUnit& unit = units.At(stamp.filePosition);
+    if (units.Exhausted()) return Fail(track);
     // Wraps as 32-bit arithmetic would rather than overflow.
-    const int32_t stop = duration != 0 ? static_cast<int32_t>(static_cast<uint32_t>(stamp.start) +
-                                                              static_cast<uint32_t>(duration))
-                                       : 0;
-    picture->CropToContent();
-    if (header.smooth) picture->SmoothEdges();
-    if (header.scale != 100) {
-      picture->ScaleTo(Scaled(picture->width, header.scale), Scaled(picture->height, header.scale));
-    }
-    track.AddEntry(std::make_unique<SubtitleEntry>(stamp.start, stop, std::move(picture)));
+    const int32_t stop = unit.duration != 0
+                             ? static_cast<int32_t>(static_cast<uint32_t>(stamp.start) +
+                                                    static_cast<uint32_t>(unit.duration))
+                             : 0;
+    track.AddEntry(std::make_unique<SubtitleEntry>(stamp.start, stop, unit.picture));
   }
   sub.Close();
   track.CloseOpenEnds();

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+
+#include "render/picture.h"
+
+namespace korvalin {
+
+// What one track's pictures may hold in decoded pixels. Files that name pictures far beyond
+// it (thousands of distinct large units or bitmaps) are refused instead of exhausting memory.
+inline constexpr std::size_t kTrackPictureByteLimit = std::size_t{512} << 20;
+
+// Counts the pixels of the distinct pictures a reader decodes for one track.
+class PictureBudget {
+ public:
+  explicit PictureBudget(std::size_t byteLimit = kTrackPictureByteLimit) : limit_(byteLimit) {}
+
+  // Counts bytes of newly decoded pixels (a shared picture is counted once, when made).
+  // False once the track's pictures together exceed the limit; it stays exceeded.
+  bool Spend(std::size_t bytes);
+  bool Exceeded() const { return exceeded_; }
+  std::size_t spent() const { return spent_; }
+
+ private:
+  std::size_t limit_;
+  std::size_t spent_ = 0;
+  bool exceeded_ = false;
+};
+
+// The bytes a picture's pixels take.
+inline std::size_t PixelBytes(const Picture& picture) {
+  return picture.pixels.size();
+}
+
+}  // namespace korvalin
