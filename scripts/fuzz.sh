@@ -18,7 +18,7 @@ scripts/fuzz-seeds.sh "$generated" build-fuzz
 # Real subtitle files of a reader's own format make good seeds (read in place, never copied).
 seed_folders() {
   case "$1" in
-    fuzz_subrip_reader) echo srt ;;
+    fuzz_subrip_reader | fuzz_subrip_markup | fuzz_wide_text) echo srt ;;
     fuzz_subviewer_reader) echo subviewer1 subviewer2 ;;
     fuzz_microdvd_reader | fuzz_microdvd_ini_reader) echo microdvd ;;
     fuzz_ssa_reader) echo ssa ;;

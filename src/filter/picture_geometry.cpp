@@ -1,5 +1,6 @@
 #include "filter/picture_geometry.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -13,7 +14,13 @@ constexpr float kTvAspect[2] = {4.0f / 3.0f, 16.0f / 9.0f};
 constexpr float kClipAspect[4] = {0.0f, 1.25f, 1.5f, 1.0f};
 
 // Floating-point results become pixels by truncation toward zero.
-int32_t Trunc(double value) { return SaturatingCast<int32_t>(value); }
+// Far beyond any picture, yet with room for the even rounding and the sums that follow, so
+// a hostile aspect ratio gives a nonsense size but never an overflow.
+constexpr double kPixelLimit = 1 << 30;
+
+int32_t Trunc(double value) {
+  return SaturatingCast<int32_t>(std::clamp(value, -kPixelLimit, kPixelLimit));
+}
 
 int32_t Even(int32_t value) { return value & ~1; }
 

@@ -105,5 +105,18 @@ TEST(PictureGeometry, SourceAspectFromFormat) {
   EXPECT_EQ(SourceAspectFromFormat(0, 576, 4, 3), 0.0f);
 }
 
+// A header's aspect can be anything: the sizes it gives are nonsense but never overflow
+// (the sanitizer build checks the arithmetic).
+TEST(PictureGeometry, HostileAspectsStayInRange) {
+  Settings s = Defaults();
+  s.bFill = s.bFillH = s.bFill2 = s.bOverscan = s.Overlay = 1;
+  for (const float aspect : {SourceAspectFromFormat(720, 576, 1, 4294967295u),
+                             SourceAspectFromFormat(720, 576, 4294967295u, 1), 1e30f}) {
+    const FrameGeometry g = PictureGeometry(s, aspect, true).Propose(720, 576);
+    EXPECT_GE(g.copyWidth, 0) << aspect;
+    EXPECT_LE(g.outputWidth, 1 << 30) << aspect;
+  }
+}
+
 }  // namespace
 }  // namespace korvalin

@@ -8,16 +8,10 @@
 #include "render/overlay_conversion.h"
 #include "render/picture.h"
 #include "render/text_renderer.h"
+#include "image_rows.h"
 
 namespace korvalin {
 namespace {
-
-std::vector<uint32_t> Image(TextRenderer& r) {  // row after row
-  std::vector<uint32_t> all;
-  for (int32_t y = 0; y < r.imageHeight(); ++y)
-    all.insert(all.end(), r.ImageRow(y), r.ImageRow(y) + r.imageWidth());
-  return all;
-}
 
 bool IsGlyph(uint32_t word) {
   return word != 0 && word != kDarkPixel;

@@ -8,16 +8,10 @@
 #include "render/picture.h"
 #include "render/surface_size.h"
 #include "render/text_renderer.h"
+#include "image_rows.h"
 
 namespace korvalin {
 namespace {
-
-std::vector<uint32_t> Image(TextRenderer& r) {  // row after row
-  std::vector<uint32_t> all;
-  for (int32_t y = 0; y < r.imageHeight(); ++y)
-    all.insert(all.end(), r.ImageRow(y), r.ImageRow(y) + r.imageWidth());
-  return all;
-}
 
 int Count(TextRenderer& r, uint32_t word) {
   const std::vector<uint32_t> image = Image(r);
