@@ -30,7 +30,8 @@ class Y4mSource : public host::SourceFilter,
   // Reads from `file`, which stays the caller's; stops after `maxFrames` (< 0: all).
   // `fileName` is the file's path, "" for a stream without one (a pipe).
   Y4mSource(std::FILE* file, int64_t maxFrames, std::string fileName = {});
-  // Reads the stream header: "" on success, else the error.
+  // Reads the stream header and the first frame, so a stream without one fails here: "" on
+  // success, else the error.
   std::string Open();
   host::HRESULT NonDelegatingQueryInterface(const host::IID& iid, void** out) override;
   // E_NOTIMPL when the stream cannot tell (a pipe).
