@@ -37,11 +37,9 @@ std::optional<std::string> ParseArguments(Args args, GraphRequest* request) {
     if (arg == "--audio") {
       request->audio = std::string(args[++i]);
     } else if (arg == "--format") {
-      const std::string_view name = args[++i];
-      if (name == "yuy2") request->format = PixelFormat::YUY2;
-      else if (name == "rgb32") request->format = PixelFormat::RGB32;
-      else if (name == "rgb565") request->format = PixelFormat::RGB565;
-      else return "--format must be yuy2, rgb32 or rgb565";
+      const std::optional<PixelFormat> format = ParsePixelFormat(args[++i]);
+      if (!format) return "--format must be yuy2, rgb32 or rgb565";
+      request->format = *format;
     } else if (arg.size() > 1 && arg[0] == '-') {
       return "unknown option '" + std::string(arg) + "'";
     } else if (!request->input.empty()) {
@@ -102,9 +100,9 @@ std::vector<ComPtr<IBaseFilter>> StreamOrder(IFilterGraph* graph) {
       self(self, OwnerOf(ConnectedPin(out.Get()).Get()));
   };
   for (const ComPtr<IBaseFilter>& filter : all) {
-    const bool connected = !PinsOf(filter.Get(), PINDIR_OUTPUT).empty() &&
-                           ConnectedPin(PinsOf(filter.Get(), PINDIR_OUTPUT).front().Get());
-    if (PinsOf(filter.Get(), PINDIR_INPUT).empty() && connected) visit(visit, filter);
+    const std::vector<ComPtr<IPin>> outputs = PinsOf(filter.Get(), PINDIR_OUTPUT);
+    const bool feeds = !outputs.empty() && ConnectedPin(outputs.front().Get());
+    if (feeds && PinsOf(filter.Get(), PINDIR_INPUT).empty()) visit(visit, filter);
   }
   for (const ComPtr<IBaseFilter>& filter : all) visit(visit, filter);
   return order;

@@ -6,11 +6,14 @@
 #include "filter/filter_settings.h"
 #include "filter/graph_search.h"
 #include "filter/video_filter.h"
+#include "framerate/rate_clock.h"
+#include "host/class_factory.h"
 #include "host/filter_registry.h"
 #include "host/media_guids.h"
 #include "host/wav_file_source.h"
 #include "host/wav_file_writer.h"
 #include "module/class_table.h"
+#include "platform/registry_store.h"
 
 namespace korvalin::cli {
 
@@ -18,8 +21,6 @@ using namespace host;
 
 namespace {
 
-constexpr HRESULT kNoAggregation = MakeHresult(0x80040110);
-constexpr int64_t kPlayedFrameDuration = 400000;  // 25 fps
 
 GUID SubtypeOf(PixelFormat format) {
   switch (format) {
@@ -40,7 +41,7 @@ FactoryTemplate RendererClass(std::u16string name, const CLSID& clsid, const GUI
   entry.name = std::move(name);
   entry.clsid = clsid;
   entry.create = [instance](IUnknown* outer, const IID& iid, void** out) {
-    if (outer != nullptr) return kNoAggregation;
+    if (outer != nullptr) return CLASS_E_NOAGGREGATION;
     return instance->QueryInterface(iid, out);
   };
   entry.isFilter = true;
@@ -64,7 +65,7 @@ bool ClassAvailable(const CLSID& clsid) {
 FactoryTemplate VideoFilterWith(const Settings& settings) {
   FactoryTemplate entry = ModuleClasses().front();
   entry.create = [settings](IUnknown* outer, const IID& iid, void** out) {
-    if (outer != nullptr) return kNoAggregation;
+    if (outer != nullptr) return CLASS_E_NOAGGREGATION;
     const ComPtr<korvalin::VideoFilter> filter = MakeCom<korvalin::VideoFilter>(settings);
     return filter ? filter->QueryInterface(iid, out) : E_OUTOFMEMORY;
   };
@@ -90,6 +91,9 @@ PlayerGraph::~PlayerGraph() {
 
 std::string PlayerGraph::Build(const PlayerJob& job) {
   if (!graph_) return "out of memory";
+  // One look at the store for the whole build: the graph builder asks it for registered
+  // filters at every pin it renders, and every filter made loads its settings from it.
+  platform::RegistryStore::Batch snapshot(platform::RegistryStore::Process());
   settings_ = job.settings ? *job.settings : Settings();
   if (job.settings) {
     FilterRegistry::Process().Register(VideoFilterWith(*job.settings));
@@ -158,7 +162,7 @@ void PlayerGraph::OutputFrameRate(uint32_t* numerator, uint32_t* denominator) co
   const int32_t rate = settings_->SourceFrameDuration(current);
   if (rate <= 0) return;
   // The clock runs rate / 400000 times as fast, so each frame lasts this long.
-  const int64_t played = (int64_t{current} * kPlayedFrameDuration + rate / 2) / rate;
+  const int64_t played = (int64_t{current} * kTargetFrameDuration + rate / 2) / rate;
   const int64_t divisor = std::gcd(int64_t{10000000}, played);
   *numerator = static_cast<uint32_t>(10000000 / divisor);
   *denominator = static_cast<uint32_t>(played / divisor);
@@ -166,6 +170,13 @@ void PlayerGraph::OutputFrameRate(uint32_t* numerator, uint32_t* denominator) co
 
 std::string PlayerGraph::AudioError() const {
   return audioWriter_ ? audioWriter_->Error() : "";
+}
+
+std::optional<PixelFormat> ParsePixelFormat(std::string_view name) {
+  if (name == "yuy2") return PixelFormat::YUY2;
+  if (name == "rgb32") return PixelFormat::RGB32;
+  if (name == "rgb565") return PixelFormat::RGB565;
+  return std::nullopt;
 }
 
 std::string SubtypeName(const GUID& subtype) {

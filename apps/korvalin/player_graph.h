@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "filter/frame_sink.h"
 #include "filter/y4m_source.h"
@@ -63,6 +64,9 @@ class PlayerGraph {
   // Classes this graph put into the process's registry, taken out again when it goes.
   std::vector<host::CLSID> registered_;
 };
+
+// "yuy2", "rgb32" or "rgb565" as the pixel format they name; none for anything else.
+std::optional<PixelFormat> ParsePixelFormat(std::string_view name);
 
 // "YUY2", "RGB32", "RGB565", "PCM", else the identifier.
 std::string SubtypeName(const host::GUID& subtype);

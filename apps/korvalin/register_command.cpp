@@ -10,7 +10,7 @@
 #include "host/module_loader.h"
 #include "host/wide_text.h"
 #include "korvalin/commands.h"
-#include "module/class_table.h"
+#include "module/stored_classes.h"
 #include "platform/registry_store.h"
 
 namespace korvalin::cli {
@@ -53,15 +53,14 @@ std::string Hex(HRESULT result) {
 }
 
 void PrintStoredClasses() {
-  platform::RegistryStore& store = platform::RegistryStore::Process();
-  for (const FactoryTemplate& entry : ModuleClasses()) {
-    const std::optional<StoredClass> stored = ReadStoredClass(store, entry.clsid);
-    if (!stored) continue;
-    std::printf("%s \"%s\" %s", ToString(entry.clsid).c_str(), Narrow(stored->name).c_str(),
-                stored->modulePath.c_str());
-    if (stored->filter) {
-      std::printf(" (filter, merit 0x%X, %zu pins)", stored->filter->merit,
-                  stored->filter->pins.size());
+  for (const ModuleClassState& state : StoredModuleClasses(platform::RegistryStore::Process())) {
+    if (!state.stored) continue;
+    const StoredClass& stored = *state.stored;
+    std::printf("%s \"%s\" %s", ToString(state.entry->clsid).c_str(), Narrow(stored.name).c_str(),
+                stored.modulePath.c_str());
+    if (stored.filter) {
+      std::printf(" (filter, merit 0x%X, %zu pins)", stored.filter->merit,
+                  stored.filter->pins.size());
     }
     std::printf("\n");
   }

@@ -4,6 +4,7 @@
 
 #include "korvalin/commands.h"
 #include "korvalin/number_parse.h"
+#include "korvalin/player_graph.h"
 #include "korvalin/render_outputs.h"
 #include "korvalin/render_pipeline.h"
 
@@ -28,13 +29,6 @@ struct RenderRequest {
   int64_t maxFrames = -1;
 };
 
-std::optional<PixelFormat> ParseFormat(std::string_view name) {
-  if (name == "yuy2") return PixelFormat::YUY2;
-  if (name == "rgb32") return PixelFormat::RGB32;
-  if (name == "rgb565") return PixelFormat::RGB565;
-  return {};
-}
-
 // Fills the request, or returns the message for bad arguments.
 std::optional<std::string> ParseArguments(Args args, RenderRequest& request) {
   bool haveInput = false;
@@ -55,7 +49,7 @@ std::optional<std::string> ParseArguments(Args args, RenderRequest& request) {
     } else if (arg == "--audio-out") {
       request.audioOutput = std::string(args[++i]);
     } else if (arg == "--format") {
-      const std::optional<PixelFormat> format = ParseFormat(args[++i]);
+      const std::optional<PixelFormat> format = ParsePixelFormat(args[++i]);
       if (!format) return "--format must be yuy2, rgb32 or rgb565";
       request.format = *format;
     } else if (arg == "--frames") {

@@ -7,6 +7,7 @@
 #include "filter/output_media_types.h"
 #include "filter/picture_geometry.h"
 #include "filter/video_format_conversion.h"
+#include "host/mem_allocator.h"
 #include "host/media_guids.h"
 #include "host/pin_helpers.h"
 
@@ -94,11 +95,7 @@ HRESULT VideoFilter::DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPER
   if (allocator == nullptr || request == nullptr) return E_POINTER;
   request->cBuffers = 1;
   request->cbBuffer = static_cast<int32_t>(OutputPin()->CurrentMediaType().lSampleSize);
-  ALLOCATOR_PROPERTIES actual;
-  const HRESULT hr = allocator->SetProperties(request, &actual);
-  if (FAILED(hr)) return hr;
-  if (actual.cBuffers < 1 || actual.cbBuffer < request->cbBuffer) return E_FAIL;
-  return S_OK;
+  return SetBuffersAtLeast(allocator, *request);
 }
 
 bool VideoFilter::OverlaysShown() const {

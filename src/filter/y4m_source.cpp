@@ -5,6 +5,7 @@
 
 #include "filter/video_format_conversion.h"
 #include "filter/yuy2_media_type.h"
+#include "host/mem_allocator.h"
 #include "host/media_guids.h"
 #include "host/wide_text.h"
 #include "video/frame_row.h"
@@ -34,10 +35,7 @@ class Y4mStream : public SourceStream {
   HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
     request->cBuffers = 2;
     request->cbBuffer = static_cast<int32_t>(source_->header().Yuy2FrameSize());
-    ALLOCATOR_PROPERTIES actual;
-    const HRESULT hr = allocator->SetProperties(request, &actual);
-    if (FAILED(hr)) return hr;
-    return actual.cbBuffer >= request->cbBuffer ? S_OK : E_FAIL;
+    return SetBuffersAtLeast(allocator, *request);
   }
   HRESULT OnThreadStartPlay() override {
     next_ = 0;

@@ -114,4 +114,11 @@ HRESULT MemAllocator::ReleaseBuffer(IMediaSample* sample) {
   return S_OK;
 }
 
+HRESULT SetBuffersAtLeast(IMemAllocator* allocator, const ALLOCATOR_PROPERTIES& request) {
+  ALLOCATOR_PROPERTIES actual;
+  const HRESULT hr = allocator->SetProperties(&request, &actual);
+  if (FAILED(hr)) return hr;
+  return actual.cBuffers >= 1 && actual.cbBuffer >= request.cbBuffer ? S_OK : E_FAIL;
+}
+
 }  // namespace korvalin::host

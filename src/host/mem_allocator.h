@@ -46,4 +46,8 @@ class MemAllocator : public UnknownBase, public IMemAllocator {
   std::vector<MediaSample*> free_;
 };
 
+// Asks `allocator` for the buffers of `request`: its failure, E_FAIL when it settles on no
+// buffer or smaller ones, else S_OK. What output pins call from DecideBufferSize.
+HRESULT SetBuffersAtLeast(IMemAllocator* allocator, const ALLOCATOR_PROPERTIES& request);
+
 }  // namespace korvalin::host

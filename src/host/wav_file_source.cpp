@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "host/mem_allocator.h"
 #include "host/wide_text.h"
 
 namespace korvalin::host {
@@ -48,10 +49,7 @@ class WavFileSource::Stream : public SourceStream {
   HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
     request->cBuffers = std::max(request->cBuffers, kBuffers);
     request->cbBuffer = static_cast<int32_t>(BufferBytes(Format()));
-    ALLOCATOR_PROPERTIES actual;
-    const HRESULT hr = allocator->SetProperties(request, &actual);
-    if (FAILED(hr)) return hr;
-    return actual.cbBuffer >= request->cbBuffer ? S_OK : E_FAIL;
+    return SetBuffersAtLeast(allocator, *request);
   }
   HRESULT OnThreadStartPlay() override {
     framesSent_ = 0;

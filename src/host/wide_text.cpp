@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "platform/code_page.h"
+
 namespace korvalin::host {
 namespace {
 
@@ -36,21 +38,7 @@ void AppendUtf16(std::u16string* out, char32_t code) {
 }
 
 void AppendUtf8(std::string* out, char32_t code) {
-  if (code < 0x80) {
-    out->push_back(static_cast<char>(code));
-  } else if (code < 0x800) {
-    out->push_back(static_cast<char>(0xC0 | (code >> 6)));
-    out->push_back(static_cast<char>(0x80 | (code & 0x3F)));
-  } else if (code < 0x10000) {
-    out->push_back(static_cast<char>(0xE0 | (code >> 12)));
-    out->push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
-    out->push_back(static_cast<char>(0x80 | (code & 0x3F)));
-  } else {
-    out->push_back(static_cast<char>(0xF0 | (code >> 18)));
-    out->push_back(static_cast<char>(0x80 | ((code >> 12) & 0x3F)));
-    out->push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
-    out->push_back(static_cast<char>(0x80 | (code & 0x3F)));
-  }
+  *out += platform::EncodeUtf8(std::u32string_view(&code, 1));
 }
 
 }  // namespace
