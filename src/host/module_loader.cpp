@@ -40,24 +40,28 @@ void* LoadModule(const std::string& path, std::string* error) {
   return handle;
 }
 
-}  // namespace
-
-void* FindModuleExport(const std::string& path, const char* name, std::string* error) {
-  std::string ignored;
-  if (!error) error = &ignored;
-  void* handle = LoadModule(path, error);
-  if (!handle) return nullptr;
+void* ExportOf(void* handle, const std::string& path, const char* name, std::string* error) {
   ::dlerror();
   void* symbol = ::dlsym(handle, name);
   if (!symbol) *error = LoaderError(path + ": no export " + name);
   return symbol;
 }
 
+}  // namespace
+
+void* FindModuleExport(const std::string& path, const char* name, std::string* error) {
+  std::string ignored;
+  if (!error) error = &ignored;
+  void* handle = LoadModule(path, error);
+  return handle ? ExportOf(handle, path, name, error) : nullptr;
+}
+
 HRESULT RunModuleExport(const std::string& path, const char* name, std::string* error) {
   std::string ignored;
   if (!error) error = &ignored;
-  if (!LoadModule(path, error)) return CO_E_DLLNOTFOUND;
-  void* symbol = FindModuleExport(path, name, error);
+  void* handle = LoadModule(path, error);
+  if (!handle) return CO_E_DLLNOTFOUND;
+  void* symbol = ExportOf(handle, path, name, error);
   if (!symbol) return CO_E_ERRORINDLL;
   return reinterpret_cast<DllEntryFunction>(symbol)();
 }
@@ -68,8 +72,9 @@ HRESULT GetModuleClassObject(const std::string& path, const CLSID& clsid, const 
   *out = nullptr;
   std::string ignored;
   if (!error) error = &ignored;
-  if (!LoadModule(path, error)) return CO_E_DLLNOTFOUND;
-  void* symbol = FindModuleExport(path, "DllGetClassObject", error);
+  void* handle = LoadModule(path, error);
+  if (!handle) return CO_E_DLLNOTFOUND;
+  void* symbol = ExportOf(handle, path, "DllGetClassObject", error);
   if (!symbol) return CO_E_ERRORINDLL;
   return reinterpret_cast<DllGetClassObjectFunction>(symbol)(clsid, iid, out);
 }

@@ -23,7 +23,6 @@ class WavFileSource : public SourceFilter, public IFileSourceFilter, public IMed
 
   // Opens the file and reads its header: "" on success, else the error.
   std::string Open();
-  const WavLayout& Layout() const { return layout_; }
   // The error that ended the stream early, "" when it ended cleanly.
   std::string StreamError();
 

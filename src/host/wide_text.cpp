@@ -37,10 +37,6 @@ void AppendUtf16(std::u16string* out, char32_t code) {
   out->push_back(static_cast<char16_t>(0xDC00 + (code & 0x3FF)));
 }
 
-void AppendUtf8(std::string* out, char32_t code) {
-  *out += platform::EncodeUtf8(std::u32string_view(&code, 1));
-}
-
 }  // namespace
 
 std::u16string Widen(std::string_view bytes) {
@@ -67,14 +63,14 @@ std::string Narrow(std::u16string_view text) {
     const char32_t unit = text[i];
     const bool high = unit >= 0xD800 && unit <= 0xDBFF;
     if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
-      AppendUtf8(&out, 0x10000 + ((unit - 0xD800) << 10) + (text[i + 1] - 0xDC00));
+      platform::AppendUtf8(&out, 0x10000 + ((unit - 0xD800) << 10) + (text[i + 1] - 0xDC00));
       ++i;
     } else if (unit >= kEscapeBase && unit <= kEscapeBase + 0xFF) {
       out.push_back(static_cast<char>(unit - kEscapeBase));  // an escaped byte
     } else if (high || (unit >= 0xDC00 && unit <= 0xDFFF)) {
-      AppendUtf8(&out, 0xFFFD);
+      platform::AppendUtf8(&out, 0xFFFD);
     } else {
-      AppendUtf8(&out, unit);
+      platform::AppendUtf8(&out, unit);
     }
   }
   return out;

@@ -220,26 +220,28 @@ std::u32string DecodeUtf8(std::string_view bytes) {
   return text;
 }
 
+void AppendUtf8(std::string* bytes, char32_t c) {
+  if (!IsScalar(c)) c = kReplacement;
+  if (c < 0x80) {
+    bytes->push_back(static_cast<char>(c));
+  } else if (c < 0x800) {
+    bytes->push_back(static_cast<char>(0xC0 | c >> 6));
+    bytes->push_back(static_cast<char>(0x80 | (c & 0x3F)));
+  } else if (c < 0x10000) {
+    bytes->push_back(static_cast<char>(0xE0 | c >> 12));
+    bytes->push_back(static_cast<char>(0x80 | (c >> 6 & 0x3F)));
+    bytes->push_back(static_cast<char>(0x80 | (c & 0x3F)));
+  } else {
+    bytes->push_back(static_cast<char>(0xF0 | c >> 18));
+    bytes->push_back(static_cast<char>(0x80 | (c >> 12 & 0x3F)));
+    bytes->push_back(static_cast<char>(0x80 | (c >> 6 & 0x3F)));
+    bytes->push_back(static_cast<char>(0x80 | (c & 0x3F)));
+  }
+}
+
 std::string EncodeUtf8(std::u32string_view text) {
   std::string bytes;
-  for (char32_t c : text) {
-    if (!IsScalar(c)) c = kReplacement;
-    if (c < 0x80) {
-      bytes.push_back(static_cast<char>(c));
-    } else if (c < 0x800) {
-      bytes.push_back(static_cast<char>(0xC0 | c >> 6));
-      bytes.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-    } else if (c < 0x10000) {
-      bytes.push_back(static_cast<char>(0xE0 | c >> 12));
-      bytes.push_back(static_cast<char>(0x80 | (c >> 6 & 0x3F)));
-      bytes.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-    } else {
-      bytes.push_back(static_cast<char>(0xF0 | c >> 18));
-      bytes.push_back(static_cast<char>(0x80 | (c >> 12 & 0x3F)));
-      bytes.push_back(static_cast<char>(0x80 | (c >> 6 & 0x3F)));
-      bytes.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-    }
-  }
+  for (char32_t c : text) AppendUtf8(&bytes, c);
   return bytes;
 }
 

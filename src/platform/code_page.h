@@ -37,6 +37,8 @@ std::u32string DecodeUtf8(std::string_view bytes);
 
 // Code points to UTF-8; values that are no Unicode scalar become U+FFFD.
 std::string EncodeUtf8(std::u32string_view text);
+// Appends one code point as UTF-8; U+FFFD for a value that is no Unicode scalar.
+void AppendUtf8(std::string* bytes, char32_t c);
 
 // How subtitle text is read: as UTF-8 when it is valid UTF-8 holding a multi-byte sequence,
 // otherwise in the given code page.

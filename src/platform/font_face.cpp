@@ -54,10 +54,14 @@ LineMark ScaledMark(double top, double thickness, double pixelsPerUnit, int32_t 
   return mark;
 }
 
+// The face's underline thickness in font units, or a fourteenth of the em without one.
+double UnderlineThickness(FT_Face face) {
+  return face->underline_thickness > 0 ? face->underline_thickness : face->units_per_EM / 14.0;
+}
+
 // Underline from the face's own position (the centre of the stroke) and thickness.
 LineMark UnderlineOf(FT_Face face, double pixelsPerUnit, int32_t descent) {
-  const double thickness =
-      face->underline_thickness > 0 ? face->underline_thickness : face->units_per_EM / 14.0;
+  const double thickness = UnderlineThickness(face);
   const double centre =
       face->underline_position != 0 ? -face->underline_position : face->units_per_EM / 10.0;
   return ScaledMark(centre - thickness / 2, thickness, pixelsPerUnit, descent);
@@ -71,8 +75,7 @@ LineMark StrikeOutOf(FT_Face face, double pixelsPerUnit, int32_t descent) {
     return ScaledMark(-double(os2->yStrikeoutPosition), os2->yStrikeoutSize, pixelsPerUnit,
                       descent);
   }
-  const double thickness =
-      face->underline_thickness > 0 ? face->underline_thickness : face->units_per_EM / 14.0;
+  const double thickness = UnderlineThickness(face);
   return ScaledMark(-face->units_per_EM / 4.0, thickness, pixelsPerUnit, descent);
 }
 

@@ -7,7 +7,7 @@
 #include <unordered_map>
 
 #include "render/picture.h"
-#include "subtitles/picture_budget.h"
+#include "subtitles/byte_budget.h"
 
 namespace korvalin {
 
@@ -31,7 +31,7 @@ class SharedBitmaps {
   std::shared_ptr<const Picture> Load(const std::string& path);
 
   Locate locate_;
-  PictureBudget budget_;
+  ByteBudget budget_;
   std::unordered_map<std::string, std::shared_ptr<const Picture>> byName_;
   std::unordered_map<std::string, std::shared_ptr<const Picture>> byFile_;  // canonical paths
   std::shared_ptr<const Picture> empty_ = std::make_shared<const Picture>();

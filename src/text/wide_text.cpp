@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "platform/code_page.h"
+
 namespace korvalin {
 namespace {
 
@@ -20,25 +22,6 @@ constexpr MarkBytes kMarks[] = {
     {std::string_view("\xFF\xFE", 2), TextEncoding::kUtf16Le},
     {std::string_view("\xFE\xFF", 2), TextEncoding::kUtf16Be},
 };
-
-void AppendUtf8(char32_t c, std::string& out) {
-  if (c > 0x10FFFF || (c >= 0xD800 && c < 0xE000)) c = kReplacement;
-  if (c < 0x80) {
-    out.push_back(static_cast<char>(c));
-  } else if (c < 0x800) {
-    out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-  } else if (c < 0x10000) {
-    out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-    out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-  } else {
-    out.push_back(static_cast<char>(0xF0 | (c >> 18)));
-    out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-  }
-}
 
 // The code unit of size bytes at p, in the given byte order.
 char32_t UnitAt(const char* p, std::size_t size, bool bigEndian) {
@@ -63,9 +46,9 @@ std::string Utf16ToUtf8(std::string_view bytes, bool bigEndian) {
         i += 2;
       }
     }
-    AppendUtf8(unit, out);  // a surrogate left alone becomes U+FFFD there
+    platform::AppendUtf8(&out, unit);  // a surrogate left alone becomes U+FFFD there
   }
-  if (i < bytes.size()) AppendUtf8(kReplacement, out);
+  if (i < bytes.size()) platform::AppendUtf8(&out, kReplacement);
   return out;
 }
 
@@ -73,8 +56,9 @@ std::string Utf32ToUtf8(std::string_view bytes, bool bigEndian) {
   std::string out;
   out.reserve(bytes.size() / 2);
   std::size_t i = 0;
-  for (; i + 4 <= bytes.size(); i += 4) AppendUtf8(UnitAt(bytes.data() + i, 4, bigEndian), out);
-  if (i < bytes.size()) AppendUtf8(kReplacement, out);
+  for (; i + 4 <= bytes.size(); i += 4)
+    platform::AppendUtf8(&out, UnitAt(bytes.data() + i, 4, bigEndian));
+  if (i < bytes.size()) platform::AppendUtf8(&out, kReplacement);
   return out;
 }
 

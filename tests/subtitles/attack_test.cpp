@@ -146,7 +146,7 @@ TEST(BoundedLoads, VobSubLargeUnitSmoothedAndScaled) {
   EXPECT_TRUE(track.entries.IsEmpty());
 }
 
-TEST(BoundedLoads, VobSubUnitsBeyondThePictureBudgetAreRefused) {
+TEST(BoundedLoads, VobSubUnitsBeyondTheByteBudgetAreRefused) {
   const VobSubFolder files;
   testing::SubStream sub;
   std::string idx = testing::IndexHeader() + "id: en\n";

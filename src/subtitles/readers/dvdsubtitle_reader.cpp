@@ -8,7 +8,7 @@
 #include "base/std_file.h"
 #include "platform/file_search.h"
 #include "render/picture.h"
-#include "subtitles/picture_budget.h"
+#include "subtitles/byte_budget.h"
 #include "subtitles/readers/text_reader_support.h"
 #include "subtitles/shared_bitmaps.h"
 #include "subtitles/subtitle_file.h"

@@ -10,6 +10,7 @@
 
 #include "base/number_scan.h"
 #include "base/std_file.h"
+#include "subtitles/byte_budget.h"
 #include "subtitles/readers/text_reader_support.h"
 #include "subtitles/subtitle_file.h"
 #include "text/entity_decoding.h"
@@ -40,7 +41,7 @@ constexpr std::size_t StoredBytes(std::size_t textLength) {
 class RealTextHandler : public MarkupText {
  public:
   RealTextHandler(SubtitleTrack& track, std::size_t fileSize)
-      : track_(track), storable_(kStoredBytesMinimum + fileSize * kStoredBytesPerFileByte) {}
+      : track_(track), budget_(kStoredBytesMinimum + fileSize * kStoredBytesPerFileByte) {}
 
   void OnTag(const char* tag) override {
     if (TagIs(tag, "time")) {
@@ -58,19 +59,14 @@ class RealTextHandler : public MarkupText {
   // The text stays: the next time tag shows it again, with whatever follows.
   void Flush() {
     KeepLastLines();
-    if (begin_ == -1 || exhausted_) return;
+    if (begin_ == -1 || budget_.Exceeded()) return;
     const DynString shown = DecodeEntities(text.c_str());
-    const std::size_t bytes = StoredBytes(shown.Length());
-    if (bytes > storable_) {
-      exhausted_ = true;
-      return;
-    }
-    storable_ -= bytes;
+    if (!budget_.Spend(StoredBytes(shown.Length()))) return;
     track_.AddEntry(std::make_unique<SubtitleEntry>(begin_, end_, shown.c_str()));
   }
 
   // True when the file would store more than a track may hold; its entries are incomplete.
-  bool Exhausted() const { return exhausted_; }
+  bool Exhausted() const { return budget_.Exceeded(); }
 
  private:
   void KeepLastLines() {
@@ -81,8 +77,7 @@ class RealTextHandler : public MarkupText {
   }
 
   SubtitleTrack& track_;
-  std::size_t storable_;
-  bool exhausted_ = false;
+  ByteBudget budget_;
   int32_t begin_ = -1;
   int32_t end_ = 0;
 };

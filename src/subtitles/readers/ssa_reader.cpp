@@ -9,7 +9,7 @@
 
 #include "base/number_scan.h"
 #include "render/picture.h"
-#include "subtitles/picture_budget.h"
+#include "subtitles/byte_budget.h"
 #include "subtitles/readers/text_reader_support.h"
 #include "subtitles/shared_bitmaps.h"
 #include "subtitles/time_scanners.h"

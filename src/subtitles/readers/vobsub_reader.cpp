@@ -10,7 +10,7 @@
 #include "base/std_file.h"
 #include "platform/file_search.h"
 #include "subtitles/line_reader.h"
-#include "subtitles/picture_budget.h"
+#include "subtitles/byte_budget.h"
 #include "subtitles/readers/vobsub_index.h"
 #include "subtitles/readers/vobsub_units.h"
 #include "subtitles/subtitle_file.h"

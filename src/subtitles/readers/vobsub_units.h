@@ -7,7 +7,7 @@
 
 #include "base/limited_read_file.h"
 #include "render/picture.h"
-#include "subtitles/picture_budget.h"
+#include "subtitles/byte_budget.h"
 #include "subtitles/readers/vobsub_index.h"
 
 namespace korvalin {
@@ -44,7 +44,7 @@ class VobSubUnits {
 
   LimitedReadFile& sub_;
   const VobSubHeader& header_;
-  PictureBudget budget_;
+  ByteBudget budget_;
   std::unordered_map<int64_t, VobSubUnit> units_;
 };
 

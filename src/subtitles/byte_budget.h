@@ -10,16 +10,16 @@ namespace korvalin {
 // it (thousands of distinct large units or bitmaps) are refused instead of exhausting memory.
 inline constexpr std::size_t kTrackPictureByteLimit = std::size_t{512} << 20;
 
-// Counts the pixels of the distinct pictures a reader decodes for one track.
-class PictureBudget {
+// Counts the bytes a reader keeps for one track: the pixels of the distinct pictures it
+// decodes, or the text it stores.
+class ByteBudget {
  public:
-  explicit PictureBudget(std::size_t byteLimit = kTrackPictureByteLimit) : limit_(byteLimit) {}
+  explicit ByteBudget(std::size_t byteLimit = kTrackPictureByteLimit) : limit_(byteLimit) {}
 
-  // Counts bytes of newly decoded pixels (a shared picture is counted once, when made).
-  // False once the track's pictures together exceed the limit; it stays exceeded.
+  // Counts newly kept bytes (a shared picture is counted once, when made). False once the
+  // bytes together exceed the limit; it stays exceeded.
   bool Spend(std::size_t bytes);
   bool Exceeded() const { return exceeded_; }
-  std::size_t spent() const { return spent_; }
 
  private:
   std::size_t limit_;

@@ -1,8 +1,8 @@
-#include "subtitles/picture_budget.h"
+#include "subtitles/byte_budget.h"
 
 namespace korvalin {
 
-bool PictureBudget::Spend(std::size_t bytes) {
+bool ByteBudget::Spend(std::size_t bytes) {
   if (bytes > limit_ - spent_ || exceeded_) {
     exceeded_ = true;
     return false;
