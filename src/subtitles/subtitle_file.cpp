@@ -9,18 +9,9 @@
 namespace korvalin {
 namespace {
 
-// Every byte of file from its start, read as it comes (the file is open in binary mode).
-bool ReadAll(StdFile& file, std::string* bytes) {
-  if (file.Seek(0, SEEK_END) != 0) return false;
-  const long length = file.Tell();
-  if (length < 0 || file.Seek(0, SEEK_SET) != 0) return false;
-  bytes->resize(static_cast<std::size_t>(length));
-  return file.Read(bytes->data(), 1, bytes->size()) == bytes->size();
-}
-
 bool ReadFileBytes(const char* path, std::string* bytes) {
   StdFile file;
-  return file.Open(path, "rb") == 0 && ReadAll(file, bytes);
+  return file.Open(path, "rb") == 0 && ReadWholeFile(file, bytes);
 }
 
 // UTF-16 and UTF-32 text as UTF-8 without its mark; other bytes stay as they are.
@@ -31,6 +22,14 @@ void WideTextToUtf8InPlace(std::string* bytes) {
 }
 
 }  // namespace
+
+bool ReadWholeFile(StdFile& file, std::string* bytes) {
+  if (file.Seek(0, SEEK_END) != 0) return false;
+  const long length = file.Tell();
+  if (length < 0 || file.Seek(0, SEEK_SET) != 0) return false;
+  bytes->resize(static_cast<std::size_t>(length));
+  return file.Read(bytes->data(), 1, bytes->size()) == bytes->size();
+}
 
 int OpenSubtitleFile(StdFile& file, const char* path, const char* mode) {
   if (!mode || file.Open(path, mode) != 0) return 1;

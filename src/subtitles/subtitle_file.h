@@ -12,6 +12,10 @@ namespace korvalin {
 // first line reads clean.
 int OpenSubtitleFile(StdFile& file, const char* path, const char* mode);
 
+// Every byte of an open file from its start, as the file's mode reads them. False when they
+// cannot be read whole.
+bool ReadWholeFile(StdFile& file, std::string* bytes);
+
 // The whole file for readers that parse memory: its bytes, UTF-16 and UTF-32 text turned into
 // UTF-8 as OpenSubtitleFile does (a UTF-8 byte order mark stays). False when it cannot be read.
 bool ReadSubtitleText(const char* path, std::string* bytes);

@@ -82,16 +82,6 @@ class RealTextHandler : public MarkupText {
   int32_t end_ = 0;
 };
 
-// The file's bytes, NUL-terminated; false when they cannot be read whole.
-bool ReadWholeFile(StdFile& file, std::vector<char>* bytes) {
-  if (file.Seek(0, SEEK_END) != 0) return false;
-  const long length = file.Tell();
-  if (length < 0 || file.Seek(0, SEEK_SET) != 0) return false;
-  bytes->assign(static_cast<std::size_t>(length) + 1, '\0');
-  return file.Read(bytes->data(), 1, static_cast<std::size_t>(length)) ==
-         static_cast<std::size_t>(length);
-}
-
 // ms from whole minutes and seconds, clamped to what 32 bits hold.
 int32_t ToMs(int64_t minutes, float seconds) {
   const double ms = static_cast<double>(minutes) * 60000.0 + std::trunc(seconds * 1000.0f);
@@ -123,11 +113,11 @@ int32_t RealTextTimeToMs(const char* value) {
 int ReadRealText(SubtitleTrack& track, const char* path) {
   StdFile file;
   if (BeginReading(track, file, path, "rb", "RealText") != 0) return -1;
-  std::vector<char> bytes;
+  std::string bytes;
   if (!ReadWholeFile(file, &bytes)) return -1;
-  const bool hasBom = std::strncmp(bytes.data(), kUtf8Bom, 3) == 0;
-  RealTextHandler handler(track, bytes.size());
-  handler.Parse(bytes.data() + (hasBom ? 3 : 0));
+  const bool hasBom = bytes.starts_with(kUtf8Bom);
+  RealTextHandler handler(track, bytes.size() + 1);  // as counted with the terminating zero
+  handler.Parse(bytes.c_str() + (hasBom ? 3 : 0));
   handler.Flush();
   if (handler.Exhausted()) {
     track.Reset();
