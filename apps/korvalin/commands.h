@@ -26,6 +26,7 @@ extern const std::string_view kGraphUsage;
 extern const std::string_view kRegisterUsage;
 extern const std::string_view kUnregisterUsage;
 extern const std::string_view kDemoUsage;
+extern const std::string_view kPlayUsage;
 
 // Each subcommand gets the arguments after its own name.
 int RunSettingsCommand(Args args);
@@ -37,5 +38,6 @@ int RunDemoCommand(Args args);
 int RunGraphCommand(Args args);
 int RunRegisterCommand(Args args);
 int RunUnregisterCommand(Args args);
+int RunPlayCommand(Args args);
 
 }  // namespace korvalin::cli

@@ -12,12 +12,15 @@
 #include "host/wide_text.h"
 #include "korvalin/commands.h"
 #include "korvalin/player_graph.h"
+#include "korvalin/session_environment.h"
 
 namespace korvalin::cli {
 
 const std::string_view kGraphUsage =
     "  graph INPUT [--audio IN.wav] [--format yuy2|rgb32|rgb565]\n"
-    "                                   the filters and connections of that graph\n";
+    "                                   the filters and connections of that graph,\n"
+    "                                   and whether GStreamer players use Korvalin's\n"
+    "                                   sinks (see register --gstreamer)\n";
 
 using namespace host;
 
@@ -139,6 +142,7 @@ int RunGraphCommand(Args args) {
     error = player.Build(job);
     if (error.empty()) PrintGraph(player.graph());
   }
+  if (error.empty()) std::printf("%s\n", GstreamerSinksStatus().c_str());
   std::fclose(input);
   return error.empty() ? kExitOk : Fail(request.input + ": " + error);
 }

@@ -28,6 +28,7 @@ constexpr Command kCommands[] = {
     {"subs", RunSubsCommand, kSubsUsage},
     {"text-image", RunTextImageCommand, kTextImageUsage},
     {"render", RunRenderCommand, kRenderUsage},
+    {"play", RunPlayCommand, kPlayUsage},
     {"graph", RunGraphCommand, kGraphUsage},
     {"register", RunRegisterCommand, kRegisterUsage},
     {"unregister", RunUnregisterCommand, kUnregisterUsage},

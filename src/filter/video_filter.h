@@ -80,6 +80,9 @@ class VideoFilter : public host::TransformFilter,
   void InsertBeforeMixer();
   // The clock's rate from the frame duration; true when the film plays faster.
   bool UpdateClockRate();
+  // The source frame duration the clock plays as 40 ms; 0 while it runs at real time or
+  // when the filter has no clock of its own.
+  int32_t ClockRate();
 
   // IFilterSettings (video_filter_settings.cpp).
   host::HRESULT SetSettings(const Settings* settings) override;

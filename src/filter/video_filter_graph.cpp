@@ -129,6 +129,11 @@ bool VideoFilter::UpdateClockRate() {
   return rateClock_->Rate() != 0;
 }
 
+int32_t VideoFilter::ClockRate() {
+  std::lock_guard lock(frameLock_);
+  return rateClock_ ? rateClock_->Rate() : 0;
+}
+
 void VideoFilter::InsertBeforeMixer() {
   std::lock_guard lock(frameLock_);
   if (settings_.LoadMode != kLoadForce || InputPin()->IsConnected() ||

@@ -12,7 +12,7 @@ HRESULT MediaSample::NonDelegatingQueryInterface(const IID& iid, void** out) {
 
 uint32_t MediaSample::NonDelegatingRelease() {
   const uint32_t count = DecrementCount();
-  if (count == 0) allocator_->ReleaseBuffer(this);  // may destroy this sample's allocator
+  if (count == 0 && allocator_ != nullptr) allocator_->ReleaseBuffer(this);  // may destroy this sample's allocator
   return count;
 }
 
@@ -109,6 +109,11 @@ void MediaSample::ResetProperties() {
   hasStart_ = hasStop_ = hasMediaTime_ = false;
   syncPoint_ = preroll_ = discontinuity_ = false;
   type_.reset();
+}
+
+void MediaSample::SetBuffer(uint8_t* buffer, int32_t size) {
+  buffer_ = buffer;
+  size_ = size;
 }
 
 }  // namespace korvalin::host

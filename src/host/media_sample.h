@@ -10,7 +10,9 @@ namespace korvalin::host {
 
 // A sample of a MemAllocator's pool: a window on the pool's memory plus the sample's times,
 // flags and attached type. Its last Release hands it back to the allocator instead of
-// destroying it; the allocator owns it.
+// destroying it; the allocator owns it. A sample made without an allocator belongs to its
+// creator, who points it at memory of its own (SetBuffer) and reuses it: Release destroys
+// nothing.
 class MediaSample : public UnknownBase, public IMediaSample {
  public:
   MediaSample(IMemAllocator* allocator, uint8_t* buffer, int32_t size);
@@ -37,6 +39,8 @@ class MediaSample : public UnknownBase, public IMediaSample {
 
   // Back to a fresh sample: no times, flags, type or data (actual length 0).
   void ResetProperties();
+  // For a sample without an allocator: the memory it stands for now.
+  void SetBuffer(uint8_t* buffer, int32_t size);
 
  private:
   IMemAllocator* allocator_;
