@@ -80,9 +80,7 @@ bool ElementFilter::Start(const Film& film, PixelFormat format) {
 
 void ElementFilter::Forget() {
   std::lock_guard lock(lock_);
-  decisions_.clear();
-  liveKey_ = {};
-  streaming_ = false;
+  decisions_.clear();  // the live session plays on until Start connects it anew
 }
 
 FrameResult ElementFilter::Transform(const FrameIn& in, uint8_t* out, std::size_t outSize) {

@@ -41,7 +41,8 @@ class ElementFilter {
   // Connects the live session for `film` with an output of `format`. False when the filter
   // does not take part or refuses the format.
   bool Start(const Film& film, PixelFormat format);
-  // The film's file changed (a new stream): decisions are taken anew.
+  // The film's file may have changed (a new stream): decisions are taken anew, and the live
+  // session is connected anew at the next Start.
   void Forget();
   FrameResult Transform(const FrameIn& in, uint8_t* out, std::size_t outSize);
   void NewSegment(int64_t start);

@@ -61,7 +61,13 @@ struct SinkBin {
   GstElement* chainEnd;    // owned by the bin; null when the chain could not be made
   GstElement* innerSink;   // owned by the bin; null until the first NULL -> READY
   const char* missing;     // the chain's factory that could not be made or linked, or null
+  gint64 tsOffset;         // handed to the inner sink
 };
+
+// autovideosink and autoaudiosink set "ts-offset" on the sink they pick, which is us once our
+// rank is raised.
+enum Property { kPropertyTsOffset = 1 };
+constexpr const char* kTsOffset = "ts-offset";
 
 struct SinkBinClass {
   GstBinClass parent;
@@ -119,11 +125,43 @@ GstElement* OpenedSink(const std::string& factory) {
   return nullptr;
 }
 
+void PassTsOffset(SinkBin* self) {
+  if (self->innerSink != nullptr &&
+      g_object_class_find_property(G_OBJECT_GET_CLASS(self->innerSink), kTsOffset) != nullptr)
+    g_object_set(self->innerSink, kTsOffset, self->tsOffset, nullptr);
+}
+
+void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
+  SinkBin* self = reinterpret_cast<SinkBin*>(object);
+  if (id != kPropertyTsOffset) {
+    G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+    return;
+  }
+  GST_OBJECT_LOCK(self);
+  self->tsOffset = g_value_get_int64(value);
+  GST_OBJECT_UNLOCK(self);
+  PassTsOffset(self);
+}
+
+void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
+  SinkBin* self = reinterpret_cast<SinkBin*>(object);
+  if (id != kPropertyTsOffset) {
+    G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+    return;
+  }
+  GST_OBJECT_LOCK(self);
+  g_value_set_int64(value, self->tsOffset);
+  GST_OBJECT_UNLOCK(self);
+}
+
 // Adds the first candidate that opens and takes the chain's output.
 GstElement* AddInnerSink(SinkBin* self) {
-  for (const std::string& factory : Candidates(KindOf(self))) {
+  const std::vector<std::string> candidates = Candidates(KindOf(self));
+  for (const std::string& factory : candidates) {
     GstElement* sink = OpenedSink(factory);
     if (sink == nullptr) continue;
+    // Standing in for a real sink, the last resort keeps the pictures' times as one would.
+    if (&factory == &candidates.back()) g_object_set(sink, "sync", TRUE, nullptr);
     gst_bin_add(GST_BIN(self), sink);
     gst_object_unref(sink);  // the bin holds it now
     if (gst_element_link(self->chainEnd, sink)) {
@@ -144,7 +182,10 @@ GstStateChangeReturn ChangeState(GstElement* element, GstStateChange transition)
                         ("The element \"%s\" is missing or does not fit.", self->missing), (nullptr));
       return GST_STATE_CHANGE_FAILURE;
     }
-    if (self->innerSink == nullptr) self->innerSink = AddInnerSink(self);
+    if (self->innerSink == nullptr) {
+      self->innerSink = AddInnerSink(self);
+      PassTsOffset(self);
+    }
     if (self->innerSink == nullptr) {
       GST_ELEMENT_ERROR(element, RESOURCE, OPEN_WRITE, ("No sink could be opened."),
                         (nullptr));
@@ -220,6 +261,14 @@ void ClassInit(gpointer g_class, gpointer data) {
       element_class, gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, caps));
   gst_caps_unref(caps);
   element_class->change_state = ChangeState;
+  GObjectClass* object_class = G_OBJECT_CLASS(g_class);
+  object_class->set_property = SetProperty;
+  object_class->get_property = GetProperty;
+  g_object_class_install_property(
+      object_class, kPropertyTsOffset,
+      g_param_spec_int64(kTsOffset, "TS Offset", "Timestamp offset of the real sink in ns",
+                         G_MININT64, G_MAXINT64, 0,
+                         GParamFlags(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS)));
 }
 
 // A second copy of this code in the process (the plugin file beside a static registration)

@@ -32,6 +32,12 @@ struct VideoState {
   TimeScale scale;
   GstSegment segment{};
   int64_t frameDuration = 0;  // GstClockTime of one frame from the caps, 0 unknown
+  // What the filter frames now, and whether a new stream (gapless playback) asks for the
+  // film to be connected anew before the next frame.
+  FilmFormat format;
+  PixelFormat pixels = PixelFormat::YUY2;
+  bool framing = false;
+  bool newStream = false;
   std::vector<uint8_t> packedIn, packedOut;
 };
 
@@ -130,6 +136,10 @@ gboolean SetInfo(GstVideoFilter* self, GstCaps*, GstVideoInfo* in, GstCaps*, Gst
   gst_base_transform_set_passthrough(GST_BASE_TRANSFORM(self), !active);
   {
     std::lock_guard lock(state.lock);
+    state.format = format;
+    state.pixels = pixels.value_or(PixelFormat::YUY2);
+    state.framing = active;
+    state.newStream = false;
     state.scale = TimeScale(active ? decision.clockRate : 0);
     state.frameDuration = format.rateNumerator > 0
                               ? gst_util_uint64_scale(GST_SECOND, format.rateDenominator,
@@ -209,7 +219,29 @@ void ScaleBufferTimes(const TimeScale& scale, GstBuffer* buffer) {
   GST_BUFFER_DURATION(buffer) = scale.ToOutput(GST_BUFFER_DURATION(buffer));
 }
 
+// A new stream with the same caps (gapless playback) brings no new caps: the next film is
+// connected here, so its own subtitles load.
+void FollowNewStream(GstVideoFilter* self) {
+  VideoState& state = State(self);
+  FilmFormat format;
+  PixelFormat pixels;
+  {
+    std::lock_guard lock(state.lock);
+    if (!state.newStream || !state.framing) return;
+    state.newStream = false;
+    format = state.format;
+    pixels = state.pixels;
+  }
+  if (state.filter.Start(FilmOf(self, format), pixels)) {
+    PostSubtitlesLoaded(self);
+  } else {
+    // The next film does not need the filter: negotiate the pass-through.
+    gst_base_transform_reconfigure_src(GST_BASE_TRANSFORM(self));
+  }
+}
+
 GstFlowReturn TransformFrame(GstVideoFilter* self, GstVideoFrame* in, GstVideoFrame* out) {
+  FollowNewStream(self);
   VideoState& state = State(self);
   std::lock_guard lock(state.lock);
   FrameIn frame = FrameTimes(state, in->buffer);
@@ -240,6 +272,7 @@ gboolean SinkEvent(GstBaseTransform* trans, GstEvent* event) {
       {
         std::lock_guard lock(state.lock);
         state.fileKnown = false;
+        state.newStream = true;
       }
       state.filter.Forget();
       gst_base_transform_reconfigure_src(trans);

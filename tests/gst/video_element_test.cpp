@@ -320,3 +320,69 @@ TEST_F(VideoElementTest, FindsTheSubtitlesBesideAFilmInPlaybin) {
 
 }  // namespace
 }  // namespace korvalin::testing
+
+namespace korvalin::testing {
+namespace {
+
+// A GTK 4 player aborts when GTK 3 comes in, and a Qt application cannot live inside it:
+// nothing the plugin loads may bring a GUI toolkit into the player's process.
+TEST(GstPlugin, LoadsNoGuiToolkitIntoThePlayer) {
+  const std::string command =
+      std::string("ldd ") + KORVALIN_GST_PLUGIN_DIR + "/libgstkorvalin.so 2>&1";
+  std::FILE* pipe = popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string libraries;
+  std::array<char, 512> line;
+  while (std::fgets(line.data(), line.size(), pipe)) libraries += line.data();
+  pclose(pipe);
+  ASSERT_NE(libraries.find("libgstreamer-1.0"), std::string::npos) << libraries;
+  EXPECT_FALSE(std::regex_search(libraries, std::regex("libgtk|libgdk|libQt|libX11|libwayland")))
+      << libraries;
+}
+
+}  // namespace
+}  // namespace korvalin::testing
+
+namespace korvalin::testing {
+namespace {
+
+void MakeFilm(const std::filesystem::path& film, int frames) {
+  GstElement* maker = Launch("videotestsrc num-buffers=" + std::to_string(frames) +
+                             " ! video/x-raw,format=I420,width=160,height=120,framerate=25/1"
+                             " ! matroskamux ! filesink location=" + film.string());
+  ASSERT_TRUE(RunToEnd(maker));
+  gst_object_unref(maker);
+}
+
+TEST_F(VideoElementTest, LoadsEachFilmsSubtitlesInGaplessPlayback) {
+  const auto first = store_.path() / "first.mkv", second = store_.path() / "second.mkv";
+  MakeFilm(first, 10);
+  MakeFilm(second, 10);
+  store_.Write("first.srt", "1\n00:00:00,000 --> 00:00:01,000\nOne\n");
+  store_.Write("second.srt", "1\n00:00:00,000 --> 00:00:01,000\nTwo\n");
+
+  GstElement* playbin = gst_element_factory_make("playbin", nullptr);
+  gchar* uri = gst_filename_to_uri(first.c_str(), nullptr);
+  gchar* next = gst_filename_to_uri(second.c_str(), nullptr);
+  g_object_set(playbin, "uri", uri, "video-filter", gst_element_factory_make("korvalin", nullptr),
+               "video-sink", gst_element_factory_make("fakesink", nullptr), nullptr);
+  // The second film follows the first; nothing follows the second.
+  g_signal_connect(playbin, "about-to-finish", G_CALLBACK(+[](GstElement* p, gchar** nextUri) {
+                     if (*nextUri != nullptr) g_object_set(p, "uri", *nextUri, nullptr);
+                     g_free(std::exchange(*nextUri, nullptr));
+                   }), &next);
+  std::vector<std::string> loaded;
+  EXPECT_TRUE(RunToEnd(playbin, [&](const GstStructure* s) {
+    if (gst_structure_has_name(s, gst::kSubtitlesLoadedMessage))
+      loaded.push_back(std::filesystem::path(gst_structure_get_string(s, "file")).filename());
+  }));
+  ASSERT_FALSE(loaded.empty());
+  EXPECT_EQ(loaded.front(), "first.srt");
+  EXPECT_EQ(loaded.back(), "second.srt");
+  g_free(uri);
+  g_free(next);
+  gst_object_unref(playbin);
+}
+
+}  // namespace
+}  // namespace korvalin::testing
