@@ -14,6 +14,9 @@ namespace korvalin::gst {
 
 namespace {
 
+GST_DEBUG_CATEGORY_STATIC(korvalin_audio_debug);
+#define GST_CAT_DEFAULT korvalin_audio_debug
+
 // How long the first caps wait for the video element's decision: the video stream
 // negotiates in its own thread, usually within milliseconds; past this the sound plays
 // unchanged rather than not at all.
@@ -22,9 +25,10 @@ constexpr std::chrono::milliseconds kDecisionWait{3000};
 struct KorvalinAudio {
   GstBaseTransform parent;
   // Guarded by the object lock.
-  gboolean waited;      // waited once for the decision since start
-  gint32 pendingRate;   // the speed-up the latest fixed input caps were transformed with
-  gint32 scaleRate;     // the speed-up of the negotiated caps: the one the times follow
+  gboolean waited;     // waited once for the decision since start
+  gboolean guessed;    // answered caps queries without knowing the speed-up
+  gint32 pendingRate;  // the speed-up the latest fixed input caps were transformed with
+  gint32 scaleRate;    // the speed-up of the negotiated caps: the one the times follow
 };
 
 struct KorvalinAudioClass {
@@ -33,9 +37,13 @@ struct KorvalinAudioClass {
 
 G_DEFINE_TYPE(KorvalinAudio, korvalin_audio, GST_TYPE_BASE_TRANSFORM)
 
-KorvalinAudio* Self(GstBaseTransform* trans) { return reinterpret_cast<KorvalinAudio*>(trans); }
+KorvalinAudio* Self(GstBaseTransform* trans) {
+  return reinterpret_cast<KorvalinAudio*>(trans);
+}
 
-GstBaseTransformClass* Parent() { return GST_BASE_TRANSFORM_CLASS(korvalin_audio_parent_class); }
+GstBaseTransformClass* Parent() {
+  return GST_BASE_TRANSFORM_CLASS(korvalin_audio_parent_class);
+}
 
 TimeScale ScaleOf(GstBaseTransform* trans) {
   GST_OBJECT_LOCK(trans);
@@ -47,17 +55,26 @@ TimeScale ScaleOf(GstBaseTransform* trans) {
 // ---- The speed-up ---------------------------------------------------------------------
 
 // The speed-up for fixed input caps: the first time since start it waits for the video
-// element (bounded), later it takes the current decision at once.
+// element (bounded), later it takes the current decision at once. When upstream chose its
+// caps on other assumptions (a speed-up not known yet, or another one), it is asked to
+// choose again, so that a downstream that insists on a rate gets it.
 int32_t DecideRate(GstBaseTransform* trans) {
+  KorvalinAudio* self = Self(trans);
   GST_OBJECT_LOCK(trans);
-  const bool waited = Self(trans)->waited;
+  const bool waited = self->waited;
   GST_OBJECT_UNLOCK(trans);
-  const auto limit = waited ? std::chrono::milliseconds{0} : kDecisionWait;
-  const int32_t rate = AwaitVideoRate(GST_ELEMENT(trans), limit);
+  const int32_t rate =
+      AwaitVideoRate(GST_ELEMENT(trans), waited ? std::chrono::milliseconds{0} : kDecisionWait);
   GST_OBJECT_LOCK(trans);
-  Self(trans)->waited = TRUE;
-  Self(trans)->pendingRate = rate;
+  const bool assumedOther =
+      (self->guessed && rate != 0) || (self->waited && rate != self->pendingRate);
+  self->guessed = FALSE;
+  self->waited = TRUE;
+  self->pendingRate = rate;
   GST_OBJECT_UNLOCK(trans);
+  GST_INFO_OBJECT(trans, "speed-up %d%s", rate, assumedOther ? ", upstream to choose again" : "");
+  if (assumedOther)
+    gst_pad_push_event(GST_BASE_TRANSFORM_SINK_PAD(trans), gst_event_new_reconfigure());
   return rate;
 }
 
@@ -66,9 +83,10 @@ int32_t DecideRate(GstBaseTransform* trans) {
 std::optional<int32_t> KnownRate(GstBaseTransform* trans) {
   const int32_t rate = AwaitVideoRate(GST_ELEMENT(trans), std::chrono::milliseconds{0});
   GST_OBJECT_LOCK(trans);
-  const bool waited = Self(trans)->waited;
+  const bool known = rate != 0 || Self(trans)->waited;
+  if (!known) Self(trans)->guessed = TRUE;
   GST_OBJECT_UNLOCK(trans);
-  if (rate != 0 || waited) return rate;
+  if (known) return rate;
   return std::nullopt;
 }
 
@@ -81,12 +99,16 @@ struct RateSpan {
 
 constexpr int64_t kPlayedFrame = 400000;
 
-int64_t ClampRate(int64_t rate) { return std::clamp<int64_t>(rate, 1, G_MAXINT); }
+int64_t ClampRate(int64_t rate) {
+  return std::clamp<int64_t>(rate, 1, G_MAXINT);
+}
 
 // Every sample rate r with RaisedSampleRate(r, frameRate) in `raised` (empty when none).
 std::optional<RateSpan> SourceRates(RateSpan raised, int32_t frameRate) {
   // floor(r x f / 400000) >= R  <=>  r >= ceil(R x 400000 / f), and < R + 1 likewise.
-  const auto atLeast = [frameRate](int64_t r) { return (r * kPlayedFrame + frameRate - 1) / frameRate; };
+  const auto atLeast = [frameRate](int64_t r) {
+    return (r * kPlayedFrame + frameRate - 1) / frameRate;
+  };
   const RateSpan span{ClampRate(atLeast(raised.low)), ClampRate(atLeast(raised.high + 1) - 1)};
   if (span.low > span.high) return std::nullopt;
   return span;
@@ -154,8 +176,10 @@ GstCaps* MapCaps(GstCaps* caps, Direction direction, std::optional<int32_t> fram
       gst_structure_set(structure, "rate", GST_TYPE_INT_RANGE, 1, G_MAXINT, nullptr);
     } else if (rate != nullptr) {
       keep = MapRate(rate, direction, *frameRate, &mapped);
-      if (keep) gst_structure_take_value(structure, "rate", &mapped);
-      else if (G_IS_VALUE(&mapped)) g_value_unset(&mapped);
+      if (keep)
+        gst_structure_take_value(structure, "rate", &mapped);
+      else if (G_IS_VALUE(&mapped))
+        g_value_unset(&mapped);
     }
     if (!keep) {
       gst_structure_free(structure);
@@ -181,8 +205,7 @@ GstCaps* TransformCaps(GstBaseTransform* trans, GstPadDirection direction, GstCa
   if (gst_caps_is_any(caps) || gst_caps_is_empty(caps) || (rate && TimeScale(*rate).Identity()))
     result = gst_caps_ref(caps);
   else
-    result = MapCaps(caps, direction == GST_PAD_SINK ? Direction::kRaise : Direction::kLower,
-                     rate);
+    result = MapCaps(caps, direction == GST_PAD_SINK ? Direction::kRaise : Direction::kLower, rate);
   if (filter != nullptr) {
     GstCaps* filtered = gst_caps_intersect_full(filter, result, GST_CAPS_INTERSECT_FIRST);
     gst_caps_unref(result);
@@ -202,6 +225,7 @@ gboolean SetCaps(GstBaseTransform* trans, GstCaps*, GstCaps*) {
 gboolean Start(GstBaseTransform* trans) {
   GST_OBJECT_LOCK(trans);
   Self(trans)->waited = FALSE;
+  Self(trans)->guessed = FALSE;
   Self(trans)->pendingRate = 0;
   Self(trans)->scaleRate = 0;
   GST_OBJECT_UNLOCK(trans);
@@ -226,7 +250,9 @@ GstFlowReturn SubmitInputBuffer(GstBaseTransform* trans, gboolean discont, GstBu
   return Parent()->submit_input_buffer(trans, discont, buffer);
 }
 
-GstFlowReturn TransformInPlace(GstBaseTransform*, GstBuffer*) { return GST_FLOW_OK; }
+GstFlowReturn TransformInPlace(GstBaseTransform*, GstBuffer*) {
+  return GST_FLOW_OK;
+}
 
 // Segments and gaps going downstream, in output time.
 GstEvent* ScaledDownstream(const TimeScale& scale, GstEvent* event) {
@@ -270,8 +296,8 @@ gboolean SendQosUpstream(GstBaseTransform* trans, const TimeScale& scale, GstEve
   GstClockTime timestamp;
   gst_event_parse_qos(event, &type, &proportion, &diff, &timestamp);
   gst_base_transform_update_qos(trans, proportion, diff, timestamp);
-  GstEvent* source = gst_event_new_qos(type, proportion, scale.ToSourceSigned(diff),
-                                       scale.ToSource(timestamp));
+  GstEvent* source =
+      gst_event_new_qos(type, proportion, scale.ToSourceSigned(diff), scale.ToSource(timestamp));
   gst_event_set_seqnum(source, gst_event_get_seqnum(event));
   gst_event_unref(event);
   return gst_pad_push_event(GST_BASE_TRANSFORM_SINK_PAD(trans), source);
@@ -334,17 +360,18 @@ gboolean Query(GstBaseTransform* trans, GstPadDirection direction, GstQuery* que
 // ---- The type -------------------------------------------------------------------------
 
 // Any raw audio: the element never looks at the samples.
-#define KORVALIN_AUDIO_CAPS                                                       \
-  "audio/x-raw, format = (string) " GST_AUDIO_FORMATS_ALL                         \
-  ", rate = (int) [ 1, max ], channels = (int) [ 1, max ], "                      \
+#define KORVALIN_AUDIO_CAPS                                  \
+  "audio/x-raw, format = (string) " GST_AUDIO_FORMATS_ALL    \
+  ", rate = (int) [ 1, max ], channels = (int) [ 1, max ], " \
   "layout = (string) { interleaved, non-interleaved }"
 
-GstStaticPadTemplate sinkTemplate =
-    GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS(KORVALIN_AUDIO_CAPS));
-GstStaticPadTemplate srcTemplate =
-    GST_STATIC_PAD_TEMPLATE("src", GST_PAD_SRC, GST_PAD_ALWAYS, GST_STATIC_CAPS(KORVALIN_AUDIO_CAPS));
+GstStaticPadTemplate sinkTemplate = GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS,
+                                                            GST_STATIC_CAPS(KORVALIN_AUDIO_CAPS));
+GstStaticPadTemplate srcTemplate = GST_STATIC_PAD_TEMPLATE("src", GST_PAD_SRC, GST_PAD_ALWAYS,
+                                                           GST_STATIC_CAPS(KORVALIN_AUDIO_CAPS));
 
 void korvalin_audio_class_init(KorvalinAudioClass* klass) {
+  GST_DEBUG_CATEGORY_INIT(korvalin_audio_debug, "korvalinaudio", 0, "Korvalin audio");
   GstElementClass* element = GST_ELEMENT_CLASS(klass);
   gst_element_class_add_static_pad_template(element, &sinkTemplate);
   gst_element_class_add_static_pad_template(element, &srcTemplate);
@@ -373,6 +400,9 @@ void korvalin_audio_init(KorvalinAudio* self) {
   // The same buffers go out: the samples are not touched, only the caps and the times.
   gst_base_transform_set_passthrough(trans, TRUE);
   gst_base_transform_set_in_place(trans, TRUE);
+  // Caps from downstream are at the raised rate: offered unchanged upstream they would be
+  // taken for the source rate and raised a second time.
+  gst_base_transform_set_prefer_passthrough(trans, FALSE);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "gst/time_scale.h"
+
 
 namespace korvalin::gst {
 
@@ -9,13 +11,13 @@ namespace {
 
 constexpr const char* kOutputFormats[] = {"YUY2", "BGRx", "RGB16"};
 
-// The frame rate once `clockRate` speeds the film up: fps x rate / 400000, exactly.
+// The frame rate once `clockRate` speeds the film up.
 void SpeedUpFrameRate(GstStructure* s, int32_t clockRate) {
   int n = 0, d = 1;
   if (clockRate < 1 || !gst_structure_get_fraction(s, "framerate", &n, &d) || n <= 0) return;
   int outN = 0, outD = 1;
-  if (gst_util_fraction_multiply(n, d, clockRate, 400000, &outN, &outD))
-    gst_structure_set(s, "framerate", GST_TYPE_FRACTION, outN, outD, nullptr);
+  TimeScale::ForFilm(clockRate, n, d).ScaleFrameRate(n, d, &outN, &outD);
+  gst_structure_set(s, "framerate", GST_TYPE_FRACTION, outN, outD, nullptr);
 }
 
 }  // namespace

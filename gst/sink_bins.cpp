@@ -58,10 +58,10 @@ constexpr const char* kLastResortSink = "fakesink";
 
 struct SinkBin {
   GstBin parent;
-  GstElement* chainEnd;    // owned by the bin; null when the chain could not be made
-  GstElement* innerSink;   // owned by the bin; null until the first NULL -> READY
-  const char* missing;     // the chain's factory that could not be made or linked, or null
-  gint64 tsOffset;         // handed to the inner sink
+  GstElement* chainEnd;   // owned by the bin; null when the chain could not be made
+  GstElement* innerSink;  // owned by the bin; null until the first NULL -> READY
+  const char* missing;    // the chain's factory that could not be made or linked, or null
+  gint64 tsOffset;        // handed to the inner sink
 };
 
 // autovideosink and autoaudiosink set "ts-offset" on the sink they pick, which is us once our
@@ -80,7 +80,9 @@ const SinkKind& KindOf(gpointer g_class) {
   return *static_cast<SinkBinClass*>(g_class)->kind;
 }
 
-const SinkKind& KindOf(SinkBin* self) { return KindOf(G_OBJECT_GET_CLASS(self)); }
+const SinkKind& KindOf(SinkBin* self) {
+  return KindOf(G_OBJECT_GET_CLASS(self));
+}
 
 // A name that would bring one of these bins back inside itself: our own features, and
 // autodetect's bins, which choose by rank too.
@@ -126,9 +128,12 @@ GstElement* OpenedSink(const std::string& factory) {
 }
 
 void PassTsOffset(SinkBin* self) {
+  GST_OBJECT_LOCK(self);
+  const gint64 offset = self->tsOffset;
+  GST_OBJECT_UNLOCK(self);
   if (self->innerSink != nullptr &&
       g_object_class_find_property(G_OBJECT_GET_CLASS(self->innerSink), kTsOffset) != nullptr)
-    g_object_set(self->innerSink, kTsOffset, self->tsOffset, nullptr);
+    g_object_set(self->innerSink, kTsOffset, offset, nullptr);
 }
 
 void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
@@ -160,7 +165,7 @@ GstElement* AddInnerSink(SinkBin* self) {
   for (const std::string& factory : candidates) {
     GstElement* sink = OpenedSink(factory);
     if (sink == nullptr) continue;
-    // Standing in for a real sink, the last resort keeps the pictures' times as one would.
+    // In place of a real sink, the last resort plays in time as one would.
     if (&factory == &candidates.back()) g_object_set(sink, "sync", TRUE, nullptr);
     gst_bin_add(GST_BIN(self), sink);
     gst_object_unref(sink);  // the bin holds it now
@@ -179,7 +184,8 @@ GstStateChangeReturn ChangeState(GstElement* element, GstStateChange transition)
   if (transition == GST_STATE_CHANGE_NULL_TO_READY) {
     if (self->missing != nullptr) {
       GST_ELEMENT_ERROR(element, CORE, MISSING_PLUGIN,
-                        ("The element \"%s\" is missing or does not fit.", self->missing), (nullptr));
+                        ("The element \"%s\" is missing or does not fit.", self->missing),
+                        (nullptr));
       return GST_STATE_CHANGE_FAILURE;
     }
     if (self->innerSink == nullptr) {
@@ -187,8 +193,7 @@ GstStateChangeReturn ChangeState(GstElement* element, GstStateChange transition)
       PassTsOffset(self);
     }
     if (self->innerSink == nullptr) {
-      GST_ELEMENT_ERROR(element, RESOURCE, OPEN_WRITE, ("No sink could be opened."),
-                        (nullptr));
+      GST_ELEMENT_ERROR(element, RESOURCE, OPEN_WRITE, ("No sink could be opened."), (nullptr));
       return GST_STATE_CHANGE_FAILURE;
     }
   }
@@ -221,8 +226,8 @@ const char* AddChain(const SinkKind& kind, GstBin* bin, const std::vector<GstEle
 }
 
 void AddGhostPad(GstElement* bin, GstElement* first) {
-  GstPadTemplate* pad_template = gst_element_class_get_pad_template(
-      GST_ELEMENT_GET_CLASS(bin), "sink");
+  GstPadTemplate* pad_template =
+      gst_element_class_get_pad_template(GST_ELEMENT_GET_CLASS(bin), "sink");
   GstPad* pad;
   if (first != nullptr) {
     GstPad* target = gst_element_get_static_pad(first, "sink");
@@ -254,8 +259,8 @@ void ClassInit(gpointer g_class, gpointer data) {
   reinterpret_cast<SinkBinClass*>(g_class)->kind = &kind;
   binClass = GST_ELEMENT_CLASS(g_type_class_peek_parent(g_class));
   GstElementClass* element_class = GST_ELEMENT_CLASS(g_class);
-  gst_element_class_set_static_metadata(element_class, kind.longName, kind.klass,
-                                        kind.description, "Korvalin developers");
+  gst_element_class_set_static_metadata(element_class, kind.longName, kind.klass, kind.description,
+                                        "Korvalin developers");
   GstCaps* caps = gst_caps_from_string(kind.caps);
   gst_element_class_add_pad_template(
       element_class, gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, caps));
@@ -275,7 +280,7 @@ void ClassInit(gpointer g_class, gpointer data) {
 // finds the type already there.
 GType SinkBinType(const SinkKind& kind) {
   if (const GType known = g_type_from_name(kind.typeName)) return known;
-  const GTypeInfo info = {sizeof(SinkBinClass), nullptr, nullptr, ClassInit, nullptr, &kind,
+  const GTypeInfo info = {sizeof(SinkBinClass), nullptr, nullptr,      ClassInit, nullptr, &kind,
                           sizeof(SinkBin),      0,       InstanceInit, nullptr};
   return g_type_register_static(GST_TYPE_BIN, kind.typeName, &info, GTypeFlags(0));
 }

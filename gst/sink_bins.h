@@ -12,7 +12,7 @@ namespace korvalin::gst {
 // The real sink is chosen when the bin first goes to READY: the first that opens among the
 // factory named by the variable below (when set), the sinks of the bin's media of rank
 // MARGINAL or more, best first (without our own features and autodetect's bins, which would
-// pick us again), and fakesink last.
+// pick us again), and last a fakesink that plays in time. The bins' "ts-offset" goes to it.
 gboolean RegisterSinkBins(GstPlugin* plugin);
 
 // Environment variables naming the real sink's factory, e.g. "fakesink" for headless runs.

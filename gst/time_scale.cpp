@@ -30,24 +30,49 @@ int64_t ScaleSigned(int64_t value, uint64_t num, uint64_t den) {
 
 }  // namespace
 
-TimeScale::TimeScale(int32_t rate) : rate_(rate) {}
+TimeScale::TimeScale(int32_t rate)
+    : rate_(rate),
+      outputUnits_(kPlayedFrame),
+      sourceUnits_(rate < 1 ? kPlayedFrame : uint64_t(rate)) {}
 
-bool TimeScale::Identity() const { return rate_ < 1 || uint64_t(rate_) == kPlayedFrame; }
+TimeScale TimeScale::ForFilm(int32_t rate, int rateNumerator, int rateDenominator) {
+  TimeScale scale(rate);
+  if (rate < 1 || rateNumerator <= 0 || rateDenominator <= 0) return scale;
+  const uint64_t frame = uint64_t{10000000} * uint64_t(rateDenominator) / uint64_t(rateNumerator);
+  if (frame != uint64_t(rate)) return scale;
+  // 10^7 d / n units play as 400000: output = source x n / (25 d).
+  scale.outputUnits_ = uint64_t(rateNumerator);
+  scale.sourceUnits_ = 25 * uint64_t(rateDenominator);
+  return scale;
+}
+
+bool TimeScale::Identity() const {
+  return outputUnits_ == sourceUnits_;
+}
+
+void TimeScale::ScaleFrameRate(int numerator, int denominator, int* outNumerator,
+                               int* outDenominator) const {
+  *outNumerator = numerator, *outDenominator = denominator;
+  if (Identity() || numerator <= 0 || denominator <= 0) return;
+  // Frames come faster by sourceUnits / outputUnits.
+  gst_util_fraction_multiply(numerator, denominator, int(sourceUnits_), int(outputUnits_),
+                             outNumerator, outDenominator);
+}
 
 GstClockTime TimeScale::ToOutput(GstClockTime source) const {
-  return Identity() ? source : ScaleTime(source, kPlayedFrame, uint64_t(rate_));
+  return Identity() ? source : ScaleTime(source, outputUnits_, sourceUnits_);
 }
 
 GstClockTime TimeScale::ToSource(GstClockTime output) const {
-  return Identity() ? output : ScaleTime(output, uint64_t(rate_), kPlayedFrame);
+  return Identity() ? output : ScaleTime(output, sourceUnits_, outputUnits_);
 }
 
 int64_t TimeScale::ToOutputSigned(int64_t source) const {
-  return Identity() ? source : ScaleSigned(source, kPlayedFrame, uint64_t(rate_));
+  return Identity() ? source : ScaleSigned(source, outputUnits_, sourceUnits_);
 }
 
 int64_t TimeScale::ToSourceSigned(int64_t output) const {
-  return Identity() ? output : ScaleSigned(output, uint64_t(rate_), kPlayedFrame);
+  return Identity() ? output : ScaleSigned(output, sourceUnits_, outputUnits_);
 }
 
 void TimeScale::ScaleSegment(GstSegment* segment) const {

@@ -140,7 +140,8 @@ gboolean SetInfo(GstVideoFilter* self, GstCaps*, GstVideoInfo* in, GstCaps*, Gst
     state.pixels = pixels.value_or(PixelFormat::YUY2);
     state.framing = active;
     state.newStream = false;
-    state.scale = TimeScale(active ? decision.clockRate : 0);
+    state.scale = TimeScale::ForFilm(active ? decision.clockRate : 0, format.rateNumerator,
+                                     format.rateDenominator);
     state.frameDuration = format.rateNumerator > 0
                               ? gst_util_uint64_scale(GST_SECOND, format.rateDenominator,
                                                       format.rateNumerator)

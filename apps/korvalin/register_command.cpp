@@ -128,8 +128,7 @@ int RegisterGstreamer(Args args) {
   const std::vector<std::string> assignments = SessionAssignments(check.folder);
   std::printf("wrote %s:\n", file.c_str());
   for (const std::string& assignment : assignments) std::printf("  %s\n", assignment.c_str());
-  std::printf("GStreamer players use Korvalin's sinks from the next login. To try them in a "
-              "shell now:\n");
+  std::printf("GStreamer players use Korvalin's sinks from the next login; to try them now:\n");
   for (const std::string& assignment : assignments) {
     const size_t equals = assignment.find('=');
     std::printf("  export %s\"%s\"\n", assignment.substr(0, equals + 1).c_str(),
@@ -146,8 +145,7 @@ int UnregisterGstreamer(Args args) {
   const bool removed = RemoveSessionEnvironment(file, &error);
   if (!error.empty()) return Fail(error);
   if (removed) {
-    std::printf("removed %s: GStreamer players stop using Korvalin's sinks from the next "
-                "login\n", file.c_str());
+    std::printf("removed %s: players lose Korvalin's sinks at the next login\n", file.c_str());
   } else {
     std::printf("%s was not there: nothing to remove\n", file.c_str());
   }

@@ -77,7 +77,8 @@ bool WriteAll(const fs::path& file, const std::string& text) {
 
 bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
   return std::ranges::equal(a, b, [](char x, char y) {
-    return std::toupper(static_cast<unsigned char>(x)) == std::toupper(static_cast<unsigned char>(y));
+    return std::toupper(static_cast<unsigned char>(x)) ==
+           std::toupper(static_cast<unsigned char>(y));
   });
 }
 
@@ -95,8 +96,8 @@ bool RankAboveNone(std::string_view rank) {
 fs::path SessionEnvironmentFile() {
   const std::string config = Environment("XDG_CONFIG_HOME");
   // The XDG base directory rules ignore a relative path.
-  const fs::path base = !config.empty() && config.front() == '/' ? fs::path(config)
-                                                                  : HomeFolder() / ".config";
+  const fs::path base =
+      !config.empty() && config.front() == '/' ? fs::path(config) : HomeFolder() / ".config";
   return base / "environment.d" / "60-korvalin.conf";
 }
 
@@ -115,20 +116,20 @@ fs::path DefaultPluginFolder() {
 PluginFolderCheck CheckPluginFolder(const fs::path& folder) {
   std::error_code error;
   const fs::path absolute = fs::canonical(folder, error);
-  if (error || !fs::is_directory(absolute, error))
-    return {{}, "no folder " + folder.string()};
+  if (error || !fs::is_directory(absolute, error)) return {{}, "no folder " + folder.string()};
   if (!HoldsPlugin(absolute))
     return {{}, absolute.string() + " holds no " + std::string(kGstPluginFileName)};
   if (absolute.string().find_first_of(kUnsafeCharacters) != std::string::npos)
-    return {{}, "the path " + absolute.string() + " has characters an environment.d line " +
-                    "cannot hold (spaces, quotes, $, backslashes)"};
+    return {{},
+            "the path " + absolute.string() + " has characters an environment.d line " +
+                "cannot hold (spaces, quotes, $, backslashes)"};
   return {absolute, ""};
 }
 
 std::vector<std::string> SessionAssignments(const fs::path& pluginFolder) {
-  return {std::string(kPathVariable) + "=" + pluginFolder.string() + Keeping(kPathVariable, ':'),
-          std::string(kRankVariable) + "=" + std::string(kRaisedRanks) +
-              Keeping(kRankVariable, ',')};
+  return {
+      std::string(kPathVariable) + "=" + pluginFolder.string() + Keeping(kPathVariable, ':'),
+      std::string(kRankVariable) + "=" + std::string(kRaisedRanks) + Keeping(kRankVariable, ',')};
 }
 
 std::optional<std::string> WriteSessionEnvironment(const fs::path& file,

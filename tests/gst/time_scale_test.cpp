@@ -13,6 +13,7 @@ namespace {
 
 constexpr int32_t k24Fps = 416666;
 constexpr GstClockTime kSourceFrame = 41'666'600;  // one 24 fps frame: 416666 x 100 ns
+constexpr GstClockTime kLargest = GST_CLOCK_TIME_NONE - 1;
 
 class TimeScaleTest : public ::testing::Test {
  protected:
@@ -20,44 +21,30 @@ class TimeScaleTest : public ::testing::Test {
   const TimeScale scale_{k24Fps};
 };
 
-TEST_F(TimeScaleTest, PlaysEvery24FpsFrameIn40Ms) {
-  EXPECT_EQ(scale_.ToOutput(kSourceFrame), 40 * GST_MSECOND);
-  EXPECT_EQ(scale_.ToOutput(250 * kSourceFrame), 10 * GST_SECOND);  // 10.41665 s of film
-  EXPECT_EQ(scale_.ToSource(10 * GST_SECOND), 250 * kSourceFrame);
-  EXPECT_EQ(scale_.ToSource(60 * GST_SECOND), GstClockTime{62'499'900'000});  // ~62.5 s
+TEST_F(TimeScaleTest, ScalesTimesBothWays) {
+  EXPECT_EQ(scale_.ToOutput(250 * kSourceFrame), 10 * GST_SECOND);            // 10.41665 s of film
   EXPECT_EQ(scale_.ToOutput(kSourceFrame - 1), 40 * GST_MSECOND - 1);         // rounds down
+  EXPECT_EQ(scale_.ToSource(60 * GST_SECOND), GstClockTime{62'499'900'000});  // ~62.5 s
   EXPECT_EQ(scale_.ToOutputSigned(-int64_t{kSourceFrame}), -40 * GST_MSECOND);
   EXPECT_EQ(scale_.ToSourceSigned(-1), -1);
   EXPECT_EQ(scale_.ToOutput(GST_CLOCK_TIME_NONE), GST_CLOCK_TIME_NONE);
   EXPECT_EQ(scale_.ToSource(GST_CLOCK_TIME_NONE), GST_CLOCK_TIME_NONE);
-}
-
-TEST_F(TimeScaleTest, LeavesTimesAloneWithoutASpeedUp) {
-  for (int32_t rate : {0, -416666, 400000}) {
-    const TimeScale identity(rate);
-    EXPECT_TRUE(identity.Identity()) << rate;
-    EXPECT_EQ(identity.ToOutput(kSourceFrame), kSourceFrame) << rate;
-    EXPECT_EQ(identity.ToSourceSigned(-5), -5) << rate;
-  }
-}
-
-TEST_F(TimeScaleTest, HugeTimesNeitherOverflowNorBecomeNone) {
-  // 416666 x 10^13 ns: the product with 400000 does not fit in 64 bits.
+  // 416666 x 10^13 ns times 400000 does not fit in 64 bits; too large a source time
+  // saturates and stays a valid time.
   EXPECT_EQ(scale_.ToOutput(GstClockTime{416666} * 10'000'000'000'000),
             GstClockTime{400000} * 10'000'000'000'000);
-  const GstClockTime largest = GST_CLOCK_TIME_NONE - 1;
-  EXPECT_GT(scale_.ToOutput(largest), largest / 100 * 95);
-  EXPECT_EQ(scale_.ToSource(largest), largest);  // saturates, still a valid time
+  EXPECT_EQ(scale_.ToSource(kLargest), kLargest);
   EXPECT_GT(scale_.ToSourceSigned(std::numeric_limits<int64_t>::max()), 0);
+  for (int32_t rate : {0, -416666, 400000})
+    EXPECT_EQ(TimeScale(rate).ToOutput(kSourceFrame), kSourceFrame) << rate;
 }
 
-TEST_F(TimeScaleTest, ScalesEveryTimeOfATimeSegment) {
+TEST_F(TimeScaleTest, ScalesEveryTimeOfATimeSegmentOnly) {
   GstSegment segment;
   gst_segment_init(&segment, GST_FORMAT_TIME);
   segment.start = segment.time = segment.position = 250 * kSourceFrame;
   segment.base = 50 * kSourceFrame;
   segment.offset = 25 * kSourceFrame;
-  segment.rate = 2.0;
   scale_.ScaleSegment(&segment);
   EXPECT_EQ(segment.start, 10 * GST_SECOND);
   EXPECT_EQ(segment.time, 10 * GST_SECOND);
@@ -66,7 +53,6 @@ TEST_F(TimeScaleTest, ScalesEveryTimeOfATimeSegment) {
   EXPECT_EQ(segment.offset, GST_SECOND);
   EXPECT_EQ(segment.stop, GST_CLOCK_TIME_NONE);
   EXPECT_EQ(segment.duration, GST_CLOCK_TIME_NONE);
-  EXPECT_EQ(segment.rate, 2.0);
 
   gst_segment_init(&segment, GST_FORMAT_BYTES);
   segment.start = 1000;
@@ -79,14 +65,11 @@ TEST_F(TimeScaleTest, TurnsASeekBackToSourceTime) {
   GstEvent* seek = gst_event_new_seek(1.5, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET,
                                       60 * GST_SECOND, GST_SEEK_TYPE_NONE, -1);
   GstEvent* source = scale_.SeekToSource(seek);
-  ASSERT_NE(source, seek);
   gdouble rate;
-  GstFormat format;
   GstSeekFlags sourceFlags;
   GstSeekType startType, stopType;
   gint64 start, stop;
-  gst_event_parse_seek(source, &rate, &format, &sourceFlags, &startType, &start, &stopType,
-                       &stop);
+  gst_event_parse_seek(source, &rate, nullptr, &sourceFlags, &startType, &start, &stopType, &stop);
   EXPECT_EQ(rate, 1.5);
   EXPECT_EQ(sourceFlags, flags);
   EXPECT_EQ(startType, GST_SEEK_TYPE_SET);
@@ -113,47 +96,38 @@ TEST_F(TimeScaleTest, AnswersQueriesInOutputTime) {
   gint64 value;
   gst_query_parse_duration(duration, nullptr, &value);
   EXPECT_EQ(value, 6912 * GST_SECOND);
-  gst_query_set_duration(duration, GST_FORMAT_TIME, -1);
-  scale_.AnswerToOutput(duration);
-  gst_query_parse_duration(duration, nullptr, &value);
-  EXPECT_EQ(value, -1);
   gst_query_unref(duration);
 
-  GstQuery* position = gst_query_new_position(GST_FORMAT_DEFAULT);
-  gst_query_set_position(position, GST_FORMAT_DEFAULT, 48000);  // samples: not a time
-  scale_.AnswerToOutput(position);
-  gst_query_parse_position(position, nullptr, &value);
-  EXPECT_EQ(value, 48000);
-  gst_query_unref(position);
-
+  // Time to samples: asked in source time, the samples stay samples.
   GstQuery* convert = gst_query_new_convert(GST_FORMAT_TIME, 60 * GST_SECOND, GST_FORMAT_DEFAULT);
   scale_.ConvertQueryToSource(convert);
   gst_query_parse_convert(convert, nullptr, &value, nullptr, nullptr);
   EXPECT_EQ(value, 62'499'900'000);
   gst_query_set_convert(convert, GST_FORMAT_TIME, value, GST_FORMAT_DEFAULT, 2'999'995);
   scale_.AnswerToOutput(convert);
-  gint64 dest;
-  gst_query_parse_convert(convert, nullptr, &value, nullptr, &dest);
+  gint64 samples;
+  gst_query_parse_convert(convert, nullptr, &value, nullptr, &samples);
   EXPECT_EQ(value, 60 * GST_SECOND);
-  EXPECT_EQ(dest, 2'999'995);  // samples stay samples
+  EXPECT_EQ(samples, 2'999'995);
   gst_query_unref(convert);
 }
 
 TEST_F(TimeScaleTest, RaisedSampleRateTable) {
-  struct Case {
+  constexpr uint32_t kMax = std::numeric_limits<uint32_t>::max();
+  const struct {
     uint32_t sampleRate;
     int32_t frameRate;
     uint32_t raised;
-  };
-  const Case cases[] = {
-      {48000, 416666, 49999}, {44100, 416666, 45937}, {22050, 417083, 22991},
-      {48000, 400000, 48000}, {48000, 0, 48000},      {48000, -1, 48000},
-      {std::numeric_limits<uint32_t>::max(), std::numeric_limits<int32_t>::max(),
-       std::numeric_limits<uint32_t>::max()},
-  };
-  for (const Case& c : cases)
+  } cases[] = {{48000, 416666, 49999},
+               {44100, 416666, 45937},
+               {22050, 417083, 22991},
+               {48000, 400000, 48000},
+               {48000, 0, 48000},
+               {48000, -1, 48000},
+               {kMax, std::numeric_limits<int32_t>::max(), kMax}};
+  for (const auto& c : cases)
     EXPECT_EQ(RaisedSampleRate(c.sampleRate, c.frameRate), c.raised)
-        << c.sampleRate << " Hz at " << c.frameRate;
+        << c.sampleRate << "@" << c.frameRate;
 }
 
 }  // namespace
