@@ -37,7 +37,8 @@ void PixelAspectOf(const AM_MEDIA_TYPE& type, const FilmFormat& film, OutputShap
 FilterSession::FilterSession()
     : graph_(MakeCom<FilterGraph>()),
       source_(MakeCom<FilmSource>()),
-      filter_(MakeCom<VideoFilter>()) {
+      // GStreamer's converters take BGRx's fourth byte for alpha: the picture must be opaque.
+      filter_(MakeCom<VideoFilter>(Rgb32Padding::kOpaque)) {
   graph_->AddFilter(source_.Get(), u"Film");
   // Load mode "Never" refuses to join: the session then never connects.
   inGraph_ = SUCCEEDED(graph_->AddFilter(filter_.Get(), u"Korvalin"));

@@ -26,11 +26,15 @@ constexpr int32_t kSubtitleSurfaceHeight = 576;
 
 VideoFilter::VideoFilter() : VideoFilter(Settings()) {}
 
-VideoFilter::VideoFilter(const Settings& stored, ClockOverlay::TimeSource timeSource)
+VideoFilter::VideoFilter(Rgb32Padding padding) : VideoFilter(Settings(), {}, padding) {}
+
+VideoFilter::VideoFilter(const Settings& stored, ClockOverlay::TimeSource timeSource,
+                         Rgb32Padding padding)
     : TransformFilter(CLSID_VideoFilter),
       settings_(stored),
       track_(std::make_unique<TextRenderer>(kSubtitleSurfaceWidth, kSubtitleSurfaceHeight)),
-      clock_(timeSource ? std::move(timeSource) : ClockOverlay::TimeSource(LocalTimeOfDay)) {
+      clock_(timeSource ? std::move(timeSource) : ClockOverlay::TimeSource(LocalTimeOfDay)),
+      colorTables_(static_cast<uint8_t>(padding)) {
   if (settings_.FPSConv != 0) rateClock_ = MakeCom<RateClock>();
   ApplyStyles();
 }

@@ -22,6 +22,10 @@ namespace korvalin {
 inline constexpr host::CLSID CLSID_VideoFilter =
     host::MakeGuid("9D2935C7-3D8B-4EF6-B0D1-C14064698794");
 
+// The fourth byte of RGB32 picture pixels: 0 as renderers that ignore it are given, or
+// 0xFF for pipelines whose converters read it as alpha.
+enum class Rgb32Padding : uint8_t { kZero = 0, kOpaque = 0xFF };
+
 // A copy of the filter's frame state, for tests and diagnostics.
 struct FrameStateView {
   int32_t borderRefresh = 0;
@@ -50,8 +54,11 @@ class VideoFilter : public host::TransformFilter,
 
   // With the settings stored in the registry.
   VideoFilter();
+  // With the stored settings, writing RGB32 with `padding`.
+  explicit VideoFilter(Rgb32Padding padding);
   // With the given settings; the clock reads the time of day from `timeSource` when given.
-  explicit VideoFilter(const Settings& settings, ClockOverlay::TimeSource timeSource = {});
+  explicit VideoFilter(const Settings& settings, ClockOverlay::TimeSource timeSource = {},
+                       Rgb32Padding padding = Rgb32Padding::kZero);
   ~VideoFilter() override;
 
   host::HRESULT NonDelegatingQueryInterface(const host::IID& iid, void** out) override;

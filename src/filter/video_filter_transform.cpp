@@ -116,6 +116,7 @@ void VideoFilter::DrawPicture(IMediaSample* in, IMediaSample* out, const FrameGe
       .inputLeft = g.inputLeft,
       .pictureTop = g.pictureTop,
       .borderRefresh = borderRefresh_,
+      .rgb32Padding = colorTables_.Rgb32Padding(),
   };
   if (subtitleState >= 0) {
     BlendOverlay(SubtitleImage(), settings_.Sub.style.XPos, settings_.Sub.style.YPos, target);

@@ -52,12 +52,14 @@ ColumnRange InsideRow(int32_t columns, int32_t outColumn, int32_t rowPixels) {
 
 // RGB32 and RGB565: every non-zero source pixel replaces the output pixel.
 template <typename Pixel>
-void BlendRgbRow(const uint8_t* source, int32_t columns, const CheckedRow& out, int32_t outColumn) {
+void BlendRgbRow(const uint8_t* source, int32_t columns, const CheckedRow& out, int32_t outColumn,
+                 Pixel padding = 0) {
   const ColumnRange range = InsideRow(columns, outColumn, out.pixels);
   for (int32_t i = range.first; i < range.last; ++i) {
     Pixel pixel;
     std::memcpy(&pixel, source + i * sizeof(Pixel), sizeof(Pixel));
     if (pixel == 0) continue;
+    pixel |= padding;
     std::memcpy(out.bytes + (int64_t{outColumn} + i) * sizeof(Pixel), &pixel, sizeof(Pixel));
   }
 }
@@ -112,7 +114,8 @@ int BlendOverlay(TextRenderer& renderer, int32_t xPos, int32_t yPos, const Overl
     const uint8_t* source = renderer.ConvertedRow(r) + int64_t{place.skip} * bytesPerPixel;
     if (mode != PixelMode::YUY2) {
       if (mode == PixelMode::RGB32) {
-        BlendRgbRow<uint32_t>(source, place.visible, out, static_cast<int32_t>(outColumn));
+        BlendRgbRow<uint32_t>(source, place.visible, out, static_cast<int32_t>(outColumn),
+                              uint32_t{target.rgb32Padding} << 24);
       } else {
         BlendRgbRow<uint16_t>(source, place.visible, out, static_cast<int32_t>(outColumn));
       }

@@ -25,6 +25,7 @@ struct OverlayTarget {
   int32_t inputLeft = 0;      // input column under the area's first column
   int32_t pictureTop = 0;     // output row of the input's first row
   int32_t borderRefresh = 0;  // rows outside the picture are drawn only while non-zero
+  uint8_t rgb32Padding = 0;   // the fourth byte of RGB32 pixels laid over the frame
 };
 
 // Lays the renderer's image over the output frame at XPos / YPos: opaque pixels replace

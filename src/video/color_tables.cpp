@@ -15,7 +15,7 @@ void FillScaled(std::array<T, 256>& table, double factor, double offset) {
 
 }  // namespace
 
-ColorTables::ColorTables() {
+ColorTables::ColorTables(uint8_t rgb32Padding) : rgb32Padding_(rgb32Padding) {
   FillScaled(redToLuma_, 0.2989, 0.5);
   FillScaled(greenToLuma_, 0.5866, 0.5);
   FillScaled(blueToLuma_, 0.1145, 0.5);

@@ -16,7 +16,11 @@ class ColorTables {
   static constexpr int32_t kSaturationMax = 575;
   static constexpr int32_t kSaturationSize = kSaturationMax - kSaturationMin + 1;  // 896
 
-  ColorTables();
+  // `rgb32Padding` is the fourth byte of every RGB32 picture pixel: 0 for renderers that
+  // ignore it, 0xFF for those that read it as alpha (GStreamer's converters do).
+  explicit ColorTables(uint8_t rgb32Padding = 0);
+
+  uint8_t Rgb32Padding() const { return rgb32Padding_; }
 
   // Luma weights of one 8-bit colour component; the three add up to the pixel's luma.
   int32_t RedToLuma(uint8_t v) const { return redToLuma_[v]; }
@@ -41,6 +45,7 @@ class ColorTables {
   std::array<uint8_t, 256> chromaToStudio_;
   std::array<uint8_t, 256> lumaToStudio_;
   std::array<uint8_t, kSaturationSize> saturation_;
+  uint8_t rgb32Padding_;
 };
 
 }  // namespace korvalin

@@ -19,28 +19,29 @@ inline Rgb PixelToRgb(int32_t y, int32_t u, int32_t v, const uint8_t* saturate) 
           saturate[(c + 132252 * u - 16895488) >> 16]};
 }
 
-inline void StoreRgb32(Rgb p, uint8_t* out) {
+inline void StoreRgb32(Rgb p, uint8_t padding, uint8_t* out) {
   out[0] = p.b;
   out[1] = p.g;
   out[2] = p.r;
-  out[3] = 0;
+  out[3] = padding;
 }
 
-inline void StoreRgb565(Rgb p, uint8_t* out) {
+inline void StoreRgb565(Rgb p, uint8_t /*padding*/, uint8_t* out) {
   const uint16_t word =
       static_cast<uint16_t>(((p.r & 0xF8) << 8) | ((p.g & 0xFC) << 3) | (p.b >> 3));
   out[0] = static_cast<uint8_t>(word);
   out[1] = static_cast<uint8_t>(word >> 8);
 }
 
-template <int kBytesPerPixel, void (*Store)(Rgb, uint8_t*)>
+template <int kBytesPerPixel, void (*Store)(Rgb, uint8_t, uint8_t*)>
 void ConvertPixels(const uint8_t* yuy2, uint8_t* out, int32_t pixels, const ColorTables& tables) {
   const uint8_t* saturate = tables.SaturationOrigin();
+  const uint8_t padding = tables.Rgb32Padding();
   for (int32_t pair = 0; pair < pixels / 2; ++pair, yuy2 += 4, out += 2 * kBytesPerPixel) {
-    Store(PixelToRgb(yuy2[0], yuy2[1], yuy2[3], saturate), out);
-    Store(PixelToRgb(yuy2[2], yuy2[1], yuy2[3], saturate), out + kBytesPerPixel);
+    Store(PixelToRgb(yuy2[0], yuy2[1], yuy2[3], saturate), padding, out);
+    Store(PixelToRgb(yuy2[2], yuy2[1], yuy2[3], saturate), padding, out + kBytesPerPixel);
   }
-  if (pixels % 2 == 1) Store(PixelToRgb(yuy2[0], yuy2[1], yuy2[3], saturate), out);
+  if (pixels % 2 == 1) Store(PixelToRgb(yuy2[0], yuy2[1], yuy2[3], saturate), padding, out);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ struct Yuy2ToRgbKernels {
   Yuy2ToRgbFunction toRgb565;
 };
 
-// Scalar reference: RGB32 in memory order B, G, R, 0.
+// Scalar reference: RGB32 in memory order B, G, R and the tables' padding byte.
 void Yuy2ToRgb32Scalar(const uint8_t* yuy2, uint8_t* out, int32_t pixels,
                        const ColorTables& tables);
 // Scalar reference: RGB565 as little-endian 16-bit words.

@@ -62,13 +62,15 @@ inline __m128i Clamp255(__m128i x) {
   return _mm_min_epi16(_mm_max_epi16(x, _mm_setzero_si128()), _mm_set1_epi16(255));
 }
 
-inline void StoreRgb32(const Rgb16& p, uint8_t* out) {
+// `padding` holds the fourth byte of every pixel in each of its bytes.
+inline void StoreRgb32(const Rgb16& p, __m128i padding, uint8_t* out) {
   const __m128i redGreen = _mm_packus_epi16(p.r, p.g);
   const __m128i blue = _mm_packus_epi16(p.b, p.b);
   const __m128i blueGreen = _mm_unpacklo_epi8(blue, _mm_srli_si128(redGreen, 8));
-  const __m128i redZero = _mm_unpacklo_epi8(redGreen, _mm_setzero_si128());
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi16(blueGreen, redZero));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16), _mm_unpackhi_epi16(blueGreen, redZero));
+  const __m128i redPadding = _mm_unpacklo_epi8(redGreen, padding);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi16(blueGreen, redPadding));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16),
+                   _mm_unpackhi_epi16(blueGreen, redPadding));
 }
 
 inline void StoreRgb565(const Rgb16& p, uint8_t* out) {
@@ -81,9 +83,10 @@ inline void StoreRgb565(const Rgb16& p, uint8_t* out) {
 }  // namespace
 
 void Yuy2ToRgb32Sse2(const uint8_t* yuy2, uint8_t* out, int32_t pixels, const ColorTables& tables) {
+  const __m128i padding = _mm_set1_epi8(static_cast<char>(tables.Rgb32Padding()));
   int32_t done = 0;
   for (; pixels - done >= 8; done += 8)
-    StoreRgb32(ConvertEightPixels(yuy2 + 2 * done), out + 4 * done);
+    StoreRgb32(ConvertEightPixels(yuy2 + 2 * done), padding, out + 4 * done);
   Yuy2ToRgb32Scalar(yuy2 + 2 * done, out + 4 * done, pixels - done, tables);
 }
 

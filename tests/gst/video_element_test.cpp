@@ -387,3 +387,30 @@ TEST_F(VideoElementTest, LoadsEachFilmsSubtitlesInGaplessPlayback) {
 
 }  // namespace
 }  // namespace korvalin::testing
+
+namespace korvalin::testing {
+namespace {
+
+// GStreamer's converters read BGRx's fourth byte as alpha: picture, borders and subtitles
+// must all be opaque, or a player shows the film see-through.
+TEST_F(VideoElementTest, WritesOpaqueBgrx) {
+  store_.Set("bOverscan=1 Overscan=10");
+  const auto srt = store_.Write("subs.srt", "1\n00:00:00,000 --> 00:00:05,000\nOpaque\n");
+  GstHarness* h = gst_harness_new("korvalin");
+  g_object_set(h->element, "subtitle-file", srt.c_str(), nullptr);
+  gst_harness_set_src_caps_str(h, Caps("YUY2", 320, 240, "25/1").c_str());
+  gst_harness_set_sink_caps_str(h, "video/x-raw,format=BGRx");
+  GstBuffer* out = gst_harness_push_and_pull(h, FrameBuffer(Pattern(320, 240, 3), 320, 240, 0, GST_SECOND / 25));
+  GstCaps* caps = gst_pad_get_current_caps(h->sinkpad);
+  const std::vector<uint8_t> rows = PackedRows(out, caps);
+  ASSERT_FALSE(rows.empty());
+  std::size_t transparent = 0;
+  for (std::size_t i = 3; i < rows.size(); i += 4) transparent += rows[i] != 0xFF;
+  EXPECT_EQ(transparent, 0u);
+  gst_caps_unref(caps);
+  gst_buffer_unref(out);
+  gst_harness_teardown(h);
+}
+
+}  // namespace
+}  // namespace korvalin::testing

@@ -50,8 +50,8 @@ TEST(Yuy2ToRgbTest, ScalarGivesExactValuesAndSaturates) {
 }
 
 // Scalar and SSE2 over the same input, every output byte compared, guard bytes included.
-void ExpectSse2MatchesScalar(const std::vector<uint8_t>& yuy2, int32_t pixels) {
-  static const ColorTables tables;
+void ExpectSse2MatchesScalar(const std::vector<uint8_t>& yuy2, int32_t pixels,
+                             const ColorTables& tables) {
   const struct {
     Yuy2ToRgbFunction scalar, simd;
     size_t bytesPerPixel;
@@ -64,6 +64,12 @@ void ExpectSse2MatchesScalar(const std::vector<uint8_t>& yuy2, int32_t pixels) {
     ASSERT_TRUE(simd.GuardsIntact()) << pixels;
     ASSERT_EQ(scalar.Bytes(), simd.Bytes()) << k.bytesPerPixel << " bytes/pixel, " << pixels;
   }
+}
+
+// The same with either padding byte of RGB32.
+void ExpectSse2MatchesScalar(const std::vector<uint8_t>& yuy2, int32_t pixels) {
+  static const ColorTables paddings[] = {ColorTables(0), ColorTables(0xFF)};
+  for (const ColorTables& tables : paddings) ExpectSse2MatchesScalar(yuy2, pixels, tables);
 }
 
 TEST(Yuy2ToRgbTest, Sse2MatchesScalarOnEveryYuvTripleAndAnyRowLength) {
