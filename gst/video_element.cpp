@@ -14,6 +14,7 @@
 #include "gst/film_caps.h"
 #include "gst/film_location.h"
 #include "gst/pipeline_rate.h"
+#include "gst/scaled_stream.h"
 #include "gst/time_scale.h"
 
 namespace korvalin::gst {
@@ -265,6 +266,12 @@ GstFlowReturn TransformFrame(GstVideoFilter* self, GstVideoFrame* in, GstVideoFr
 
 // ---- events and queries ----
 
+TimeScale CurrentScale(gpointer self) {
+  VideoState& state = State(self);
+  std::lock_guard lock(state.lock);
+  return state.scale;
+}
+
 gboolean SinkEvent(GstBaseTransform* trans, GstEvent* event) {
   VideoState& state = State(trans);
   switch (GST_EVENT_TYPE(event)) {
@@ -290,51 +297,26 @@ gboolean SinkEvent(GstBaseTransform* trans, GstEvent* event) {
       }
       if (segment->format == GST_FORMAT_TIME)
         state.filter.NewSegment(static_cast<int64_t>(segment->time) / 100);
-      if (!scale.Identity() && !gst_base_transform_is_passthrough(trans)) {
-        GstSegment scaled;
-        gst_segment_copy_into(segment, &scaled);
-        scale.ScaleSegment(&scaled);
-        GstEvent* replaced = gst_event_new_segment(&scaled);
-        gst_event_set_seqnum(replaced, gst_event_get_seqnum(event));
-        gst_event_unref(event);
-        event = replaced;
-      }
+      event = ScaleDownstreamEvent(scale, event);
       break;
     }
+    case GST_EVENT_GAP:
+      event = ScaleDownstreamEvent(CurrentScale(trans), event);
+      break;
     default:
       break;
   }
   return GST_BASE_TRANSFORM_CLASS(korvalin_video_parent_class)->sink_event(trans, event);
 }
 
-TimeScale CurrentScale(gpointer self) {
-  VideoState& state = State(self);
-  std::lock_guard lock(state.lock);
-  return state.scale;
-}
-
 gboolean SrcEvent(GstBaseTransform* trans, GstEvent* event) {
-  const TimeScale scale = CurrentScale(trans);
-  if (GST_EVENT_TYPE(event) == GST_EVENT_SEEK && !scale.Identity()) {
-    GstEvent* source = scale.SeekToSource(event);
-    gst_event_unref(event);
-    event = source;
-  }
-  return GST_BASE_TRANSFORM_CLASS(korvalin_video_parent_class)->src_event(trans, event);
+  return HandleUpstreamEvent(trans, CurrentScale(trans), event,
+                             GST_BASE_TRANSFORM_CLASS(korvalin_video_parent_class));
 }
 
 gboolean Query(GstBaseTransform* trans, GstPadDirection direction, GstQuery* query) {
-  const TimeScale scale = CurrentScale(trans);
-  const GstQueryType type = GST_QUERY_TYPE(query);
-  const bool timed = type == GST_QUERY_DURATION || type == GST_QUERY_POSITION ||
-                     type == GST_QUERY_CONVERT || type == GST_QUERY_SEGMENT;
-  if (direction != GST_PAD_SRC || scale.Identity() || !timed)
-    return GST_BASE_TRANSFORM_CLASS(korvalin_video_parent_class)->query(trans, direction, query);
-  // Asked in the faster time: upstream answers in the film's own time.
-  scale.ConvertQueryToSource(query);
-  if (!gst_pad_peer_query(SinkPad(trans), query)) return FALSE;
-  scale.AnswerToOutput(query);
-  return TRUE;
+  return HandleTimedQuery(trans, CurrentScale(trans), direction, query,
+                          GST_BASE_TRANSFORM_CLASS(korvalin_video_parent_class));
 }
 
 GstStateChangeReturn ChangeState(GstElement* element, GstStateChange transition) {
