@@ -56,7 +56,7 @@ FilmDecision ElementFilter::Decide(const Film& film) {
     session = live_.get();
     liveKey_ = key;
   } else {
-    if (!probe_) probe_ = std::make_unique<FilterSession>();
+    if (!probe_) probe_ = std::make_unique<FilterSession>(/*probe=*/true);
     session = probe_.get();
   }
   const FilmDecision decision = Connect(*session, film);

@@ -34,11 +34,12 @@ void PixelAspectOf(const AM_MEDIA_TYPE& type, const FilmFormat& film, OutputShap
 
 }  // namespace
 
-FilterSession::FilterSession()
+FilterSession::FilterSession(bool probe)
     : graph_(MakeCom<FilterGraph>()),
       source_(MakeCom<FilmSource>()),
       // GStreamer's converters take BGRx's fourth byte for alpha: the picture must be opaque.
       filter_(MakeCom<VideoFilter>(Rgb32Padding::kOpaque)) {
+  if (probe) filter_->StayOffTheDesktop();
   graph_->AddFilter(source_.Get(), u"Film");
   // Load mode "Never" refuses to join: the session then never connects.
   inGraph_ = SUCCEEDED(graph_->AddFilter(filter_.Get(), u"Korvalin"));

@@ -40,7 +40,9 @@ enum class FrameResult { kWritten, kUntouched, kDropped };
 // Not thread-safe: the element serialises every call.
 class FilterSession {
  public:
-  FilterSession();
+  // `probe`: the session only answers what the filter makes of formats; its filter never
+  // shows on the desktop.
+  explicit FilterSession(bool probe = false);
   ~FilterSession();
   FilterSession(const FilterSession&) = delete;
   FilterSession& operator=(const FilterSession&) = delete;

@@ -11,6 +11,7 @@ packages=(
   libpng-dev
   libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools
   gstreamer1.0-plugins-base gstreamer1.0-plugins-base-apps gstreamer1.0-plugins-good
+  libglib2.0-dev dbus dbus-x11 qt6-base-dev xvfb xauth
 )
 
 missing=()

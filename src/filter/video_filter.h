@@ -104,6 +104,10 @@ class VideoFilter : public host::TransformFilter,
   // draw its subtitle anew.
   void ApplyStyles();
 
+  // For a filter that only answers questions (what it would make of a format): it never
+  // appears on the desktop (no stream object, no tray icon). Call before it joins a graph.
+  void StayOffTheDesktop() { offDesktop_ = true; }
+
   FrameStateView FrameState();
   VideoInputPin* VideoInput();
 
@@ -142,6 +146,7 @@ class VideoFilter : public host::TransformFilter,
   // Made when the filter converts frame rates; handed out as its IReferenceClock.
   host::ComPtr<RateClock> rateClock_;
   bool trayStarted_ = false;
+  bool offDesktop_ = false;
 };
 
 // The change rule: an overlay image that is new, comes on screen or leaves it restarts

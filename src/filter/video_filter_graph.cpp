@@ -32,7 +32,7 @@ HRESULT VideoFilter::JoinFilterGraph(IFilterGraph* graph, std::u16string_view na
   }
   if (settings_.LoadMode == kLoadNever) return E_FAIL;
   const HRESULT hr = TransformFilter::JoinFilterGraph(graph, name);
-  if (SUCCEEDED(hr) && !trayStarted_) {
+  if (SUCCEEDED(hr) && !trayStarted_ && !offDesktop_) {
     if (TrayHooks* hooks = CurrentTrayHooks()) {
       hooks->StartTray(static_cast<IBaseFilter*>(this), settings_.SysTrayIcon != 0);
       trayStarted_ = true;
